@@ -1,0 +1,39 @@
+# What every target of this repository shares: language level, warnings, visibility, sanitizers.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+
+if(PANELRY_SANITIZE)
+  add_compile_options(-fsanitize=${PANELRY_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${PANELRY_SANITIZE})
+  if(PANELRY_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()
+
+# With g++ the statics of inline functions and templates are "unique" symbols: the dynamic linker would
+# merge those of library and modules into one, hidden or not. clang has no such symbols.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+# panelry_target(NAME): warnings as errors for our own code.
+function(panelry_target name)
+  target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+  target_compile_definitions(${name} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
+                                             $<$<NOT:$<CONFIG:Debug>>:QT_NO_DEBUG>)
+endfunction()
+
+# panelry_version_script(NAME FILE): the dynamic symbol table of NAME holds what FILE names, nothing else.
+function(panelry_version_script name file)
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${file}" "LINKER:--exclude-libs,ALL"
+                                      "LINKER:-Bsymbolic-functions")
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS "${file}")
+endfunction()
