@@ -1,0 +1,118 @@
+#include "bridge/application_thread.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFont>
+#include <QFontDatabase>
+#include <QOperatingSystemVersion>
+#include <QTimer>
+#include <QTranslator>
+
+#include "bridge/config_store.h"
+#include "bridge/message_road.h"
+#include "hosting/container_manager.h"
+#include "hosting/plugin_manager.h"
+#include "resources/embedded.h"
+
+namespace panelry::bridge
+{
+
+namespace
+{
+
+constexpr char kDefaultLanguage[] = "zh_CN";
+constexpr char kDefaultFamily[] = "Microsoft Yahei";
+constexpr int kFontPoints = 9;
+constexpr int kFontWeight = 50;
+constexpr int kKeepAliveMs = 1000;
+
+// All before the application object exists.
+void SetScaling()
+{
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
+    const QOperatingSystemVersion system = QOperatingSystemVersion::current();
+    if (system.type() == QOperatingSystemVersion::Windows && system.majorVersion() == 6 &&
+        system.minorVersion() == 1) {
+        QCoreApplication::setAttribute(Qt::AA_DisableHighDpiScaling);
+    } else {
+        QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+        QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::Round);
+    }
+}
+
+void InstallTranslator(const QString& file)
+{
+    auto* const translator = new QTranslator(QCoreApplication::instance());
+    if (translator->load(file)) {
+        QCoreApplication::installTranslator(translator);
+    }
+}
+
+// The toolkit's own texts first (no such catalogue is shipped; an installation may add one), the panels'
+// second: the last one installed is asked first.
+void InstallTranslators(const ConfigStore& settings)
+{
+    std::string language = settings.Read("language", "general");
+    if (language.empty()) {
+        language = kDefaultLanguage;
+    }
+    const QString name = QString::fromStdString(language);
+    InstallTranslator(QStringLiteral(":/language/qt_%1.qm").arg(name));
+    InstallTranslator(QStringLiteral(":/language/DealdeskLanguage_%1.qm").arg(name));
+}
+
+void LoadFonts()
+{
+    const int regular =
+        QFontDatabase::addApplicationFont(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Regular.ttf"));
+    QFontDatabase::addApplicationFont(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Medium.ttf"));
+    const QStringList families = QFontDatabase::applicationFontFamilies(regular);
+    QFont font(families.isEmpty() ? QString::fromLatin1(kDefaultFamily) : families.first(), kFontPoints,
+               kFontWeight, false);
+    font.setStyleStrategy(QFont::PreferAntialias);
+    QApplication::setFont(font);
+}
+
+void OnAboutToQuit(QTimer* keepAlive)
+{
+    delete keepAlive;  // stops it
+    if (ContainerManager* const manager = ContainerManager::Instance(false)) {
+        manager->FinishQuit();
+    }
+    ContainerManager::Destroy();
+    PluginManager::Destroy();
+}
+
+}  // namespace
+
+void ApplicationThreadMain(std::int32_t /*type*/, std::int32_t /*id*/,
+                           std::shared_ptr<const std::string> /*text*/)
+{
+    const ApplicationThreadMark mark;
+    panelry::InitResources();
+    SetScaling();
+    int argc = 1;  // the application object keeps references to both
+    char noName[] = "";
+    char* argv[] = {noName, nullptr};
+    QApplication application(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    // From here on every relative path of the process starts at the host's directory.
+    QDir::setCurrent(QCoreApplication::applicationDirPath());
+
+    const ConfigStore& settings = *ConfigStore::Instance(true);
+    InstallTranslators(settings);
+    if (settings.Read("load_font", "system") != "0") {
+        LoadFonts();
+    }
+
+    auto* const keepAlive = new QTimer;
+    QObject::connect(keepAlive, &QTimer::timeout, [] { QCoreApplication::processEvents(); });
+    keepAlive->start(kKeepAliveMs);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, [keepAlive] { OnAboutToQuit(keepAlive); });
+
+    ContainerManager::Instance(true);
+    QTimer::singleShot(0, [] { BecomeRunning(); });
+    QApplication::exec();
+}
+
+}  // namespace panelry::bridge

@@ -1,0 +1,352 @@
+#include "hosting/container_manager.h"
+
+#include <QCoreApplication>
+#include <QMetaType>
+#include <QThread>
+#include <QTimer>
+#include <QVariant>
+#include <QWidget>
+#include <utility>
+
+#include "bridge/deferred_queue.h"
+#include "bridge/host_gate.h"
+#include "hosting/container_widget.h"
+#include "hosting/dispatch_scope.h"
+#include "hosting/host_call.h"
+#include "hosting/message_ids.h"
+#include "hosting/operate_message.h"
+#include "hosting/plugin_manager.h"
+#include "hosting/widget_properties.h"
+#include "services/module_base.h"
+
+Q_DECLARE_METATYPE(std::string)
+
+namespace
+{
+
+constexpr char kQuit[] = "quit";
+constexpr char kDestroyUi[] = "destroyui";
+constexpr int kAllComponents = -1;
+constexpr int kRetryMs = 10;
+
+ModuleBase* ModuleOf(const QObject* entry)
+{
+    return static_cast<ModuleBase*>(entry->property(panelry::kModulePointer).value<void*>());
+}
+
+bool FlagOf(const QWidget* widget, const char* property)
+{
+    return widget && widget->property(property).toBool();
+}
+
+void SetVisible(QObject* entry, bool visible)
+{
+    if (auto* const widget = qobject_cast<QWidget*>(entry)) {
+        widget->clearFocus();
+        widget->setVisible(visible);
+    }
+}
+
+}  // namespace
+
+ContainerManager::ContainerManager()
+{
+    panelry::bridge::ManagerAlive.exchange(true);
+    PluginManager* const plugins = PluginManager::Instance(true);
+    plugins->LoadModules();
+    plugins->m_spi = this;
+    qRegisterMetaType<std::string>("std::string");
+    qRegisterMetaType<std::string>("std::string&");
+    connect(this, &ContainerManager::SignalOperateFromDealDesk, this,
+            &ContainerManager::OnOperateFromDealDesk);
+    connect(this, &ContainerManager::SignalGetPushData, this, &ContainerManager::OnDealPushData);
+    panelry::bridge::Gate.Open(this);
+}
+
+ContainerManager::~ContainerManager()
+{
+    panelry::bridge::Gate.Close();
+    if (PluginManager* const plugins = PluginManager::Instance(false)) {
+        plugins->m_spi = nullptr;  // it outlives us, and dying modules may still send
+    }
+    panelry::bridge::DiscardParked();
+    panelry::bridge::ManagerAlive.exchange(false);
+}
+
+void ContainerManager::OnOperateFromDealDesk(int nComponentId, const std::string& strRoot)
+{
+    Q_ASSERT(QThread::currentThread() == thread());
+    if (m_ended) {
+        return;
+    }
+    if (strRoot == kQuit) {
+        Quit();
+        return;
+    }
+    if (HoldBack(Kind::Operate, nComponentId, strRoot)) {
+        return;
+    }
+    if (strRoot == kDestroyUi) {
+        DestroyUi();
+        return;
+    }
+    const panelry::DispatchScope scope;
+    const panelry::OperateMessage message = panelry::ReadOperateMessage(strRoot);
+    if (message.operate == "clicked") {
+        Clicked(nComponentId, message, strRoot);
+    } else if (message.operate == "show" || message.operate == "hide") {
+        ShowOrHide(nComponentId, message);
+    } else if (message.operate == "notify") {
+        Notify(nComponentId, message, strRoot);
+    }
+}
+
+void ContainerManager::Clicked(int nComponentId, const panelry::OperateMessage& message,
+                               const std::string& text)
+{
+    if (m_containers[nComponentId].empty()) {
+        CreateContainer(nComponentId, nullptr, text);
+        m_visible = message.needDisplay;
+    } else if (message.alwaysDisplay) {
+        m_visible = true;
+    } else {
+        m_visible = !m_visible;  // the one shared flag: what was done with another component counts here
+    }
+    ForEachLive(nComponentId, [&](const QPointer<QObject>& entry) { ClickedEntry(entry, message); });
+}
+
+void ContainerManager::ClickedEntry(const QPointer<QObject>& entry, const panelry::OperateMessage& message)
+{
+    auto* const widget = qobject_cast<QWidget*>(entry.data());
+    if (!widget) {
+        return;  // a module without a widget hears nothing of a click
+    }
+    if (auto* const frame = qobject_cast<ContainerWidget*>(widget)) {
+        TellCloneHandle(*frame);
+    }
+    if (entry && message.command != -1) {
+        SendTo(entry, message.command, message.business);
+    }
+    if (entry) {
+        widget->setVisible(m_visible);
+    }
+}
+
+// The host knows the first window of a component by itself; it is told of the others.
+void ContainerManager::TellCloneHandle(ContainerWidget& frame)
+{
+    const QWidget* const widget = frame.ModuleWidget();
+    if (widget && !FlagOf(widget, panelry::kFirstWidget)) {
+        std::string handle = std::to_string(frame.winId());
+        panelry::CallHost(panelry::bridge::kCloneHandle, handle.data());
+    }
+}
+
+void ContainerManager::ShowOrHide(int nComponentId, const panelry::OperateMessage& message)
+{
+    m_visible = message.operate == "show";
+    // The order differs on purpose: all panels hear first and are hidden after, an addressed one the other
+    // way round. The message goes out even when its id is -1.
+    if (nComponentId < 0) {
+        ForEachOpen([&](const QPointer<QObject>& entry) {
+            SendTo(entry, message.command, message.business);
+            if (entry && !IgnoresLockHide(entry)) {
+                SetVisible(entry, m_visible);
+            }
+        });
+        return;
+    }
+    ForEachLive(nComponentId, [&](const QPointer<QObject>& entry) {
+        SetVisible(entry, m_visible);
+        SendTo(entry, message.command, message.business);
+    });
+}
+
+bool ContainerManager::IgnoresLockHide(QObject* entry) const
+{
+    if (auto* const frame = qobject_cast<ContainerWidget*>(entry)) {
+        return FlagOf(frame->ModuleWidget(), panelry::kIgnoreLockHide);
+    }
+    ModuleBase* const module = ModuleOf(entry);
+    return module && FlagOf(module->GetWidget(), panelry::kIgnoreLockHide);
+}
+
+void ContainerManager::Notify(int nComponentId, const panelry::OperateMessage& message,
+                              const std::string& text)
+{
+    const auto notifyEntry = [&](const QPointer<QObject>& entry) {
+        if (message.command != -1) {
+            SendTo(entry, message.command, message.business);
+        }
+    };
+    if (nComponentId < 0) {
+        ForEachOpen(notifyEntry);
+        return;
+    }
+    if (m_containers[nComponentId].empty() && message.needCreateNew) {
+        CreateContainer(nComponentId, nullptr, text);
+        m_visible = message.needDisplay;
+    }
+    ForEachCopied(Entries(m_containers[nComponentId]), notifyEntry);
+}
+
+void ContainerManager::OnDealPushData(int nComponentId, const std::string& strPushData)
+{
+    Q_ASSERT(QThread::currentThread() == thread());
+    if (m_ended || HoldBack(Kind::Push, nComponentId, strPushData)) {
+        return;
+    }
+    const panelry::DispatchScope scope;
+    if (nComponentId == kAllComponents) {
+        ForEachOpen([&](const QPointer<QObject>& entry) { SendTo(entry, panelry::kPushData, strPushData); });
+        return;
+    }
+    const std::string text = panelry::PushText(strPushData);
+    if (m_containers[nComponentId].empty()) {
+        CreateContainer(nComponentId, nullptr, strPushData);
+    }
+    ForEachCopied(Entries(m_containers[nComponentId]), [&](const QPointer<QObject>& entry) {
+        SendTo(entry, panelry::kInitData, text);
+        SendTo(entry, panelry::kPushData, text);
+    });
+}
+
+void ContainerManager::SendTo(const QPointer<QObject>& entry, int msgId, const std::string& text)
+{
+    if (!entry) {
+        return;
+    }
+    if (auto* const frame = qobject_cast<ContainerWidget*>(entry.data())) {
+        frame->SendMessage(msgId, text);
+    } else {
+        Deliver(ModuleOf(entry), msgId, text);
+    }
+}
+
+void ContainerManager::Deliver(ModuleBase* module, int msgId, const std::string& text)
+{
+    PluginManager* const plugins = PluginManager::Instance(false);
+    // Held over the call: the module may close its own window in it.
+    const std::shared_ptr<ModuleBase> held = plugins ? plugins->Hold(module) : nullptr;
+    if (held && !m_ended) {
+        held->OnMessage(msgId, const_cast<char*>(text.c_str()));
+    }
+}
+
+// Components in ascending order, each over a copy: a module may open or close windows meanwhile.
+template <class Action>
+void ContainerManager::ForEachOpen(Action action)
+{
+    for (auto component = m_containers.begin(); component != m_containers.end();) {
+        const std::int32_t id = component->first;
+        ForEachCopied(Entries(component->second), action);
+        component = m_containers.upper_bound(id);
+    }
+}
+
+template <class Action>
+void ContainerManager::ForEachCopied(const Entries& entries, Action action)
+{
+    for (const QPointer<QObject>& entry : entries) {
+        if (entry && !m_ended) {
+            action(entry);
+        }
+    }
+}
+
+// Over what is there at each step: windows that open meanwhile are reached as well.
+template <class Action>
+void ContainerManager::ForEachLive(int nComponentId, Action action)
+{
+    for (std::size_t i = 0; i < m_containers[nComponentId].size() && !m_ended; ++i) {
+        if (const QPointer<QObject> entry = m_containers[nComponentId][i]) {
+            action(entry);
+        }
+    }
+}
+
+void ContainerManager::ForwardToHost(int msgId, void* payload)
+{
+    panelry::CallHost(msgId, payload);
+}
+
+// Other container layers may have a use for these; this one has none.
+void ContainerManager::HandleLinkedMessage(void* /*payload*/, int /*msgId*/) {}
+void ContainerManager::HandleMessage201(void* /*payload*/) {}
+void ContainerManager::HandleMessage202(void* /*payload*/) {}
+void ContainerManager::HandleMessage203(void* /*payload*/) {}
+
+void ContainerManager::Quit()
+{
+    m_ended = true;
+    // In the middle of a call into host or module the panels are still on the stack. The loop ends all the
+    // same, nested ones included, and the panels go when it has.
+    if (!panelry::DispatchScope::Busy()) {
+        DestroyPanels();
+    }
+    QCoreApplication::quit();
+}
+
+void ContainerManager::FinishQuit()
+{
+    m_ended = true;
+    DestroyPanels();
+}
+
+void ContainerManager::DestroyUi()
+{
+    if (panelry::DispatchScope::Busy()) {
+        m_destroyPending = true;
+        QTimer::singleShot(0, this, &ContainerManager::DestroyUiWhenIdle);
+    } else {
+        DestroyPanels();
+    }
+}
+
+void ContainerManager::DestroyUiWhenIdle()
+{
+    if (m_ended) {
+        return;
+    }
+    if (panelry::DispatchScope::Busy()) {
+        QTimer::singleShot(kRetryMs, this, &ContainerManager::DestroyUiWhenIdle);
+        return;
+    }
+    m_destroyPending = false;
+    DestroyPanels();
+    for (const HeldMessage& message : std::exchange(m_held, {})) {
+        if (message.kind == Kind::Operate) {
+            OnOperateFromDealDesk(message.id, message.text);
+        } else {
+            OnDealPushData(message.id, message.text);
+        }
+    }
+}
+
+// What comes behind a teardown that had to wait, waits behind it.
+bool ContainerManager::HoldBack(Kind kind, int nComponentId, const std::string& text)
+{
+    if (m_destroyPending) {
+        m_held.push_back({kind, nComponentId, text});
+    }
+    return m_destroyPending;
+}
+
+void ContainerManager::DestroyPanels()
+{
+    // Taken out first: what a dying window sets in motion finds an empty list.
+    const std::map<std::int32_t, Entries> containers = std::exchange(m_containers, {});
+    for (const auto& [id, entries] : containers) {
+        for (const QPointer<QObject>& entry : entries) {
+            if (auto* const frame = qobject_cast<ContainerWidget*>(entry.data())) {
+                frame->ReleaseModuleWidget();
+                delete frame;
+            } else if (auto* const widget = qobject_cast<QWidget*>(entry.data())) {
+                delete widget;
+            }
+        }
+    }
+    if (PluginManager* const plugins = PluginManager::Instance(false)) {
+        plugins->UnloadAll();
+    }
+}

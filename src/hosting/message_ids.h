@@ -1,0 +1,40 @@
+#pragma once
+
+/// The message ids that mean something to the library itself. All others are a matter between modules, or
+/// between the host ("cmd" of an operate message) and a module.
+///
+/// "In": a module calls SendModuleMessage. "Out": the library calls a module's OnMessage.
+namespace panelry
+{
+
+enum MessageId : int {
+    /// In and out, StringMap*: the stock that was selected, at least "stockcode", "market", "stockname". In a
+    /// frame it becomes the group's stock; a new module gets those three keys, which may be empty.
+    kStockSelected = 102,
+    /// Out, const char* (UTF-8 JSON): push data for one component, first of two calls.
+    kInitData = 113,
+    /// Out, const char* (UTF-8 JSON): push data, after 113 or alone when it goes to all panels.
+    kPushData = 114,
+    /// Out, event record of the keyboard hook, on the hook thread. Must not send, block or touch a widget.
+    kHookEvent = 119,
+    /// In, const char* (JSON): register for and unregister from key and mouse events. Not passed on.
+    kRegisterHotKey = 120,
+    kUnregisterHotKey = 121,
+    /// In: a watchlist request. Not passed on.
+    kWatchlistRequest = 123,
+    /// In, any payload: for the container layer, not passed on. It sees 200 as 102.
+    kLinkedAsStock = 200,
+    kContainer201 = 201,
+    kContainer202 = 202,
+    kContainer203 = 203,
+    /// In, const char* (text): a request to the host, handed to its callback as it stands. Not passed on.
+    kToHost205 = 205,
+    kToHost206 = 206,
+    /// In, any payload: for the container layer, under its own number. Not passed on.
+    kLinked207 = 207,
+};
+
+/// `targetModuleId` of SendModuleMessage for "along the sender's link".
+inline constexpr int kAlongLink = -1;
+
+}  // namespace panelry
