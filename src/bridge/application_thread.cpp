@@ -9,6 +9,7 @@
 #include <QTranslator>
 
 #include "bridge/config_store.h"
+#include "bridge/exit_guard.h"
 #include "bridge/message_road.h"
 #include "hosting/container_manager.h"
 #include "hosting/plugin_manager.h"
@@ -111,7 +112,11 @@ void ApplicationThreadMain(std::int32_t /*type*/, std::int32_t /*id*/,
     QObject::connect(&application, &QCoreApplication::aboutToQuit, [keepAlive] { OnAboutToQuit(keepAlive); });
 
     ContainerManager::Instance(true);
-    QTimer::singleShot(0, [] { BecomeRunning(); });
+    GuardExit();  // again: the toolkit has made most of its statics by now
+    QTimer::singleShot(0, [] {
+        HaltIfExiting();
+        BecomeRunning();
+    });
     QApplication::exec();
 }
 

@@ -7,8 +7,10 @@
 #include <thread>
 #include <utility>
 
+#include "base/singleton.h"
 #include "bridge/application_thread.h"
 #include "bridge/deferred_queue.h"
+#include "bridge/exit_guard.h"
 #include "bridge/host_gate.h"
 #include "bridge/message_road.h"
 
@@ -29,6 +31,8 @@ bool Joining = false;
 void StartThread(std::int32_t type, std::int32_t id, const char* text)
 {
     if (!ApplicationThread) {
+        GuardExit();
+        ApplicationThreadAlive = true;  // from now on, not only from the thread's first step
         // The thread's priority stays what it is: under the default policy of this platform there is nothing
         // to raise, and asking for another policy takes privileges.
         ApplicationThread =

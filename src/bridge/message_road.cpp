@@ -133,7 +133,6 @@ void BecomeRunning()
 ApplicationThreadMark::ApplicationThreadMark()
 {
     IsApplicationThread = true;
-    ApplicationThreadAlive = true;
 }
 
 ApplicationThreadMark::~ApplicationThreadMark()
