@@ -18,7 +18,7 @@ protected:
     /// Warnings that match (a regular expression) are expected for the rest of the test function.
     void ExpectWarning(const QString& pattern);
 
-private Q_SLOTS:
+protected Q_SLOTS:
     void init();
     void cleanup();
 };

@@ -1,0 +1,325 @@
+// The host program of the contract tests: knows nothing of Qt, loads libpanelry.so as any host does, obeys
+// the commands on its standard input, line by line, and tells on its standard output what it gets: callbacks,
+// and the reports of the test modules. Usage: contract_host LIBRARY [global]
+//
+//   init QUOTE TRADE CALLBACK   Init with two numbers as pointers; CALLBACK 0: null
+//   notify TYPE ID TEXT         NotifyMsg
+//   uninit                      Uninit; says "uninit returned"
+//   name TEXT                   from now on the answer to callback 2
+//   when NEEDLE -> COMMAND      once, when a line with NEEDLE comes, on the thread on which it comes
+//   hold                        waits for "release" (for use with "when")
+//   release                     also ends the nest of a module
+//   thread COMMAND              on a thread of its own
+//   flood ID THREADS COUNT      numbered messages from many threads at once; says "flooded"
+//   random SEED COUNT ID...     random texts to the ids; says "random done"
+//   usage                       says "usage THREADS KILOBYTES"
+//   exit STATUS                 leaves the main function
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <latch>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "contract/random_texts.h"
+
+namespace
+{
+
+using Callback = void (*)(std::int32_t, void*);
+void (*Init)(void*, void*, Callback) = nullptr;
+void (*NotifyMsg)(std::int32_t, std::int32_t, const char*) = nullptr;
+void (*Uninit)() = nullptr;
+
+struct Rule {
+    std::string needle;
+    std::string command;
+};
+
+// Never destroyed: the panels' thread may outlive the main function.
+std::mutex& stateLock = *new std::mutex;
+std::condition_variable& changed = *new std::condition_variable;
+std::vector<Rule>& rules = *new std::vector<Rule>;
+std::string& componentName = *new std::string;
+bool released = false;
+bool counting = false;
+std::vector<std::thread> threads;  // main thread only
+
+void Execute(const std::string& command);
+
+void Say(std::string line)
+{
+    for (std::size_t at = 0; (at = line.find('\n', at)) != std::string::npos;) {
+        line.replace(at, 1, "\\n");
+    }
+    std::string command;
+    {
+        const std::lock_guard guard(stateLock);
+        std::fprintf(stdout, "%s\n", line.c_str());
+        std::fflush(stdout);
+        counting = counting || line.find(" counting") != std::string::npos;
+        changed.notify_all();
+        const auto rule = std::find_if(rules.begin(), rules.end(), [&line](const Rule& r) {
+            return line.find(r.needle) != std::string::npos;
+        });
+        if (rule != rules.end()) {
+            command = rule->command;
+            rules.erase(rule);
+        }
+    }
+    if (!command.empty()) {
+        Execute(command);
+    }
+}
+
+void OnCallback(std::int32_t code, void* data)
+{
+    std::string line = "callback " + std::to_string(code);
+    if (code == 2) {
+        auto& names = *static_cast<std::map<std::string, std::string>*>(data);
+        for (const auto& [key, value] : names) {
+            line += " " + key + "=" + value;
+        }
+        const std::lock_guard guard(stateLock);
+        if (!componentName.empty()) {
+            names["component_name"] = componentName;
+        }
+    } else if (data) {
+        line += std::string(" ") + static_cast<const char*>(data);
+    }
+    Say(line);
+}
+
+// A quarter of each thread's messages go out at once, into a library that nobody has started yet; a quarter
+// while it starts, the rest when panels are seen to get messages.
+void Flood(std::int32_t id, unsigned thread, unsigned count)
+{
+    for (unsigned number = 0; number < count; ++number) {
+        if (number >= count / 4) {
+            std::unique_lock lock(stateLock);
+            const auto isCounting = [] { return counting; };
+            if (number == count / 2) {
+                changed.wait(lock, isCounting);
+            } else if (number < count / 2) {
+                changed.wait_for(lock, std::chrono::microseconds(20), isCounting);
+            }
+        }
+        const std::string content = std::to_string(thread) + " " + std::to_string(number);
+        const std::string operate =
+            "{\"operate\":\"notify\",\"cmd\":\"7\",\"bussiness\":\"" + content + "\"}";
+        const std::int32_t types[] = {0, 1, 7};
+        NotifyMsg(types[number % 3], id, number % 3 == 1 ? content.c_str() : operate.c_str());
+    }
+}
+
+void FloodFromThreads(std::int32_t id, unsigned threadCount, unsigned count)
+{
+    std::latch together(threadCount);
+    std::vector<std::thread> flooding;
+    for (unsigned thread = 0; thread < threadCount; ++thread) {
+        flooding.emplace_back([&together, id, thread, count] {
+            together.arrive_and_wait();
+            Flood(id, thread, count);
+        });
+    }
+    for (std::thread& thread : flooding) {
+        thread.join();
+    }
+    Say("flooded");
+}
+
+void SendRandomTexts(unsigned seed, unsigned count, const std::vector<std::int32_t>& ids)
+{
+    panelry::test::RandomTexts texts(seed);
+    for (unsigned i = 0; i < count; ++i) {
+        const std::int32_t id = ids[texts.Below(static_cast<unsigned>(ids.size()))];
+        const auto type = static_cast<std::int32_t>(texts.Below(3));
+        NotifyMsg(type, id, texts.Next().c_str());
+    }
+    Say("random done");
+}
+
+void SayUsage()
+{
+    long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages;
+    const auto tasks = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    Say("usage " + std::to_string(tasks) + " " + std::to_string(pages * 4));
+}
+
+std::string Rest(std::istream& words)
+{
+    std::string text;
+    words.get();  // the one blank
+    std::getline(words, text);
+    return text;
+}
+
+template <class T>
+T Number(std::istream& words)
+{
+    T number{};
+    words >> number;
+    return number;
+}
+
+void SetRule(const std::string& text)
+{
+    const std::string arrow = " -> ";
+    const std::size_t at = text.find(arrow);
+    const std::lock_guard guard(stateLock);
+    rules.push_back({text.substr(0, at), text.substr(at + arrow.size())});
+}
+
+void Hold()
+{
+    Say("held");
+    std::unique_lock lock(stateLock);
+    changed.wait(lock, [] { return released; });
+    released = false;
+}
+
+void Release()
+{
+    const std::lock_guard guard(stateLock);
+    released = true;
+    changed.notify_all();
+}
+
+void CallInit(std::istream& words)
+{
+    const auto quote = Number<std::uintptr_t>(words);
+    const auto trade = Number<std::uintptr_t>(words);
+    Init(reinterpret_cast<void*>(quote), reinterpret_cast<void*>(trade),
+         Number<int>(words) != 0 ? &OnCallback : nullptr);
+}
+
+void CallNotifyMsg(std::istream& words)
+{
+    const auto type = Number<std::int32_t>(words);
+    const auto id = Number<std::int32_t>(words);
+    NotifyMsg(type, id, Rest(words).c_str());
+}
+
+void CallUninit(std::istream& /*words*/)
+{
+    Uninit();
+    Say("uninit returned");
+}
+
+void StartFlood(std::istream& words)
+{
+    const auto id = Number<std::int32_t>(words);
+    const auto threadCount = Number<unsigned>(words);
+    threads.emplace_back(&FloodFromThreads, id, threadCount, Number<unsigned>(words));
+}
+
+void StartRandom(std::istream& words)
+{
+    const auto seed = Number<unsigned>(words);
+    const auto count = Number<unsigned>(words);
+    std::vector<std::int32_t> ids;
+    for (std::int32_t id = 0; words >> id;) {
+        ids.push_back(id);
+    }
+    SendRandomTexts(seed, count, ids);
+}
+
+void SetName(std::istream& words)
+{
+    const std::lock_guard guard(stateLock);
+    componentName = Rest(words);
+}
+
+void Execute(const std::string& command)
+{
+    using Verbs = std::map<std::string, std::function<void(std::istream&)>>;
+    static const Verbs& verbs = *new Verbs{
+        {"init", CallInit},
+        {"notify", CallNotifyMsg},
+        {"uninit", CallUninit},
+        {"name", SetName},
+        {"when", [](std::istream& words) { SetRule(Rest(words)); }},
+        {"hold", [](std::istream&) { Hold(); }},
+        {"release", [](std::istream&) { Release(); }},
+        {"thread", [](std::istream& words) { threads.emplace_back(&Execute, Rest(words)); }},
+        {"flood", StartFlood},
+        {"random", StartRandom},
+        {"usage", [](std::istream&) { SayUsage(); }},
+    };
+    std::istringstream words(command);
+    std::string verb;
+    words >> verb;
+    const auto found = verbs.find(verb);
+    if (found == verbs.end()) {
+        Say("unknown command: " + command);
+    } else {
+        found->second(words);
+    }
+}
+
+template <class Function>
+bool Resolve(void* library, const char* name, Function*& function)
+{
+    function = reinterpret_cast<Function*>(dlsym(library, name));
+    return function != nullptr;
+}
+
+int Run()
+{
+    int status = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (std::sscanf(line.c_str(), "exit %d", &status) == 1) {
+            break;
+        }
+        Execute(line);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    return status;
+}
+
+}  // namespace
+
+// What the test modules find in the program that loaded the library.
+extern "C" {
+__attribute__((visibility("default"))) void ReportToHost(const char* line)
+{
+    Say(line);
+}
+
+__attribute__((visibility("default"))) bool HostReleased()
+{
+    const std::lock_guard guard(stateLock);
+    return std::exchange(released, false);
+}
+}
+
+int main(int argc, char* argv[])
+{
+    const bool global = argc > 2 && std::string(argv[2]) == "global";
+    void* const library =
+        argc > 1 ? dlopen(argv[1], RTLD_NOW | (global ? RTLD_GLOBAL : RTLD_LOCAL)) : nullptr;
+    if (!library || !Resolve(library, "Init", Init) || !Resolve(library, "NotifyMsg", NotifyMsg) ||
+        !Resolve(library, "Uninit", Uninit)) {
+        std::fprintf(stderr, "cannot load the library: %s\n", argc > 1 ? dlerror() : "none given");
+        return 2;
+    }
+    return Run();
+}

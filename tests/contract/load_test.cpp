@@ -1,0 +1,104 @@
+// Many threads, many lives, many strange texts. PANELRY_SOAK=1 in the environment chooses the long runs.
+
+#include <QRandomGenerator>
+
+#include "support/host_process.h"
+#include "support/test.h"
+
+using panelry::test::HostProcess;
+
+namespace
+{
+
+const bool kSoak = qEnvironmentVariableIntValue("PANELRY_SOAK") != 0;
+constexpr char kFramed[] = R"(notify 0 1001 {"operate":"clicked","need_wrapper":"1"})";
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kSanitized = false;
+#endif
+
+}  // namespace
+
+class LoadTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void MessagesOfEightThreadsArriveOnceAndInTheirOrder()
+    {
+        const int threads = 8;
+        const int each = kSoak ? 100'002 : 2'502;  // a multiple of three: a third has a type that is dropped
+        HostProcess host;
+        host.AddModules("reporter");
+        QVERIFY(host.Start());
+        host.Do({QStringLiteral("flood 1008 %1 %2").arg(threads).arg(each), "init 16 32 1"});
+        QVERIFY(!host.Wait("flooded").isNull());
+        host.Settle();
+        QCOMPARE(host.Ask(1008, "count"),
+                 QStringLiteral("%1 threads %2 messages 0 faults").arg(threads).arg(threads * each / 3 * 2));
+        QVERIFY(host.End({"uninit", "exit 0"}));
+    }
+
+    void ManyLivesLeaveNothingBehind()
+    {
+        const int lives = kSoak ? 100 : 15;
+        HostProcess host;
+        host.AddModules("reporter");
+        QVERIFY(host.Start());
+        host.Do("usage");
+        const QString threads = host.Wait("usage").section(' ', 1, 1);
+        QString windows;
+        int kilobytesAtTen = 0;
+        int kilobytes = 0;
+        for (int life = 1; life <= lives; ++life) {
+            host.Do({"init 16 32 1", kFramed, "notify 1 1002 {}"});
+            host.Settle();
+            QCOMPARE(host.Ask(1001, "alive"), QString("3 modules 1 widgets"));
+            const QString now = host.Ask(1001, "windows");
+            QVERIFY(life == 1 || now == windows);
+            windows = now;
+            host.Do({"uninit", "usage"});
+            const QString usage = host.Wait("usage");
+            QCOMPARE(usage.section(' ', 1, 1), threads);
+            kilobytes = usage.section(' ', 2, 2).toInt();
+            kilobytesAtTen = life == 10 ? kilobytes : kilobytesAtTen;
+        }
+        qInfo("%d KiB after 10 lives, %d KiB after %d", kilobytesAtTen, kilobytes, lives);
+        QVERIFY(!kSoak || kSanitized || kilobytes - kilobytesAtTen <= 1024);
+        QVERIFY(host.End({"exit 0"}));
+    }
+
+    void RandomTextsHarmNoPanel()
+    {
+        const int count = kSoak ? 10'000 : 1'000;
+        const QByteArray given = qgetenv("PANELRY_SEED");
+        const quint32 seed = given.isEmpty() ? QRandomGenerator::global()->generate() : given.toUInt();
+        qInfo("PANELRY_SEED=%u repeats this run", seed);
+        HostProcess host;
+        QVERIFY(host.StartAndInit());
+        host.Do({kFramed, R"(notify 0 3001 {"operate":"clicked"})", "notify 1 1002 {}"});
+        host.Settle();
+        host.Do(QStringLiteral("random %1 %2 1001 3001 1002 1003 77 0 -1 -2 -2147483648 2147483647")
+                    .arg(seed)
+                    .arg(count));
+        QVERIFY2(!host.Wait("random done").isNull(), qPrintable(host.Errors()));
+        QVERIFY2(host.Settle() != QStringList("no marker"), qPrintable(host.Errors()));
+        // The panels of before, in their windows, still answer.
+        host.Do({R"(notify 0 1001 {"operate":"notify","cmd":"1","bussiness":"still here"})",
+                 R"(notify 0 -1 {"operate":"show","cmd":"2","bussiness":"all"})"});
+        const QStringList lines = host.Settle();
+        QVERIFY2(lines.contains("1001#2 OnMessage 1 still here"), host.Story().constData());
+        for (const char* panel : {"1001#2", "3001#3", "1002#4"}) {
+            QCOMPARE(lines.count(QString(panel) + " OnMessage 2 all"), 1);
+        }
+        QVERIFY(host.Ask(1001, "frame").startsWith("containerwidget 300x200"));
+        QVERIFY(host.End({"uninit", "exit 0"}));
+    }
+};
+
+PANELRY_TEST(LoadTest)
+#include "load_test.moc"

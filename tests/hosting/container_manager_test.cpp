@@ -1,0 +1,321 @@
+#include "hosting/container_manager.h"
+
+#include <QGuiApplication>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+
+#include "hosting/container_widget.h"
+#include "hosting/stage.h"
+#include "resources/embedded.h"
+#include "support/test.h"
+
+using panelry::test::FakeHost;
+using panelry::test::FakeModule;
+using panelry::test::kOffscreenWarning;
+using panelry::test::ObjectModule;
+
+namespace
+{
+
+constexpr int kScreenWidth = 800;
+
+// A container manager over modules that are named a, b, c... in the order of their making. Those of id 3 are
+// bare QObjects, all others have a widget of 200 by 150.
+class Office
+{
+public:
+    Office()
+    {
+        panelry::test::EnterModuleFolder();
+        channel.make = [this](const InstanceInfo& info) { return Make(info); };
+        manager = ContainerManager::Instance(true);
+    }
+    ~Office()
+    {
+        host.answer = nullptr;
+        manager->FinishQuit();
+        ContainerManager::Destroy();
+        PluginManager::Destroy();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    void Say(int id, const char* text) { manager->OnOperateFromDealDesk(id, text); }
+
+    /// The module of a name; null when there is none, or no longer.
+    FakeModule* Module(char name) const
+    {
+        const auto made = modules.find(name);
+        return made == modules.end() ? nullptr : made->second;
+    }
+    ContainerWidget* Frame(char name) const
+    {
+        FakeModule* const module = Module(name);
+        return module && module->widget ? qobject_cast<ContainerWidget*>(module->widget->window()) : nullptr;
+    }
+    QPushButton* Button(char name, const char* button) const
+    {
+        return Frame(name)->findChild<QPushButton*>(QLatin1String(button));
+    }
+    bool CloneEnabled(char name) const { return Button(name, "clonebtn_titlebar")->isEnabled(); }
+
+    /// All modules there are, "+" behind the shown and "-" behind the hidden ones.
+    QString State() const
+    {
+        QString state;
+        for (const auto& [name, module] : modules) {
+            state += QLatin1Char(name);
+            if (module->widget) {
+                state += QLatin1Char(module->widget->window()->isHidden() ? '-' : '+');
+            }
+        }
+        return state;
+    }
+
+    FakeHost host;
+    panelry::test::Channel channel;
+    ContainerManager* manager = nullptr;
+    std::map<char, FakeModule*> modules;
+    QString log;
+
+private:
+    ModuleBase* Make(const InstanceInfo& info)
+    {
+        FakeModule* const module = info.module_id == 3 ? new ObjectModule : new FakeModule;
+        module->m_instance = info;
+        module->name = QLatin1Char(m_name);
+        module->log = &log;
+        if (info.module_id != 3) {
+            module->widget = new QWidget;
+            module->widget->setProperty("nwidth", 200);
+            module->widget->setProperty("nheight", 150);
+            module->widget->setProperty("property_support_clone", true);
+        }
+        modules[m_name] = module;
+        module->dying = [this, name = m_name] { modules.erase(name); };
+        ++m_name;
+        return module;
+    }
+
+    char m_name = 'a';
+};
+
+constexpr char kFramed[] = R"({"operate": "clicked", "need_wrapper": "1"})";
+constexpr char kHiddenFrame[] = R"({"need_wrapper": "1"})";
+
+}  // namespace
+
+class ContainerManagerTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        panelry::InitResources();
+        QCOMPARE(QGuiApplication::screens().size(), 1);
+        QCOMPARE(QGuiApplication::primaryScreen()->geometry().width(), kScreenWidth);
+    }
+    void cleanupTestCase() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
+
+    void CloneStandsBesideItsSource_data()
+    {
+        QTest::addColumn<int>("beyond");   // pixels beyond the last place that leaves room at the right
+        QTest::addColumn<int>("windows");  // that stand in the way, each a step further
+        QTest::addColumn<QPoint>("offset");
+        QTest::newRow("right") << -100 << 0 << QPoint(210, 0);
+        QTest::newRow("right at the limit") << 0 << 0 << QPoint(210, 0);
+        QTest::newRow("left beyond it") << 1 << 0 << QPoint(-210, 0);
+        QTest::newRow("right, two in the way") << 0 << 2 << QPoint(230, 20);
+        QTest::newRow("left, two in the way") << 1 << 2 << QPoint(-230, 20);
+    }
+
+    void CloneStandsBesideItsSource()
+    {
+        QFETCH(const int, beyond);
+        QFETCH(const int, windows);
+        QFETCH(const QPoint, offset);
+        Office office;
+        office.manager->CreateContainer(1, nullptr, kHiddenFrame);
+        ContainerWidget* const source = office.Frame('a');
+        const QPoint at(kScreenWidth - 2 * (200 + 5) + beyond, 50);
+        source->move(at);
+        for (int i = 0; i < windows; ++i) {  // frames and bare widgets in turn
+            office.manager->CreateContainer(1, nullptr, i % 2 == 0 ? kHiddenFrame : "");
+            office.Module(static_cast<char>('b' + i))
+                ->widget->window()
+                ->move(at + QPoint(beyond > 0 ? -210 - 10 * i : 210 + 10 * i, 10 * i));
+        }
+        office.manager->CreateContainer(2, nullptr, kHiddenFrame);  // another component is not in the way
+        office.Frame(static_cast<char>('b' + windows))->move(at + offset);
+        office.manager->CreateContainer(1, source, kHiddenFrame);
+        QCOMPARE(office.Frame(static_cast<char>('c' + windows))->pos(), at + offset);
+    }
+
+    void HostHearsOfFramedClones()
+    {
+        ExpectWarning(QLatin1String(kOffscreenWarning));
+        Office office;
+        QStringList told;
+        office.host.answer = [&](int code, void* data) {
+            if (code == 1) {
+                told << QString::fromLatin1(static_cast<const char*>(data)) + office.State();
+            } else if (code == 2) {
+                StringMap& names = *static_cast<StringMap*>(data);
+                QCOMPARE(names, (StringMap{{"component_id", "1"}}));
+                names["component_name"] = "名";
+            }
+        };
+        office.manager->CreateContainer(1, nullptr, kHiddenFrame);
+        office.manager->CreateContainer(1, office.Frame('a'), kHiddenFrame);
+        office.manager->CreateContainer(1, office.Frame('a'), "");
+        QCOMPARE(office.Module('b')->widget->property("property_modulename").toString(),
+                 QStringLiteral("名"));
+        QCOMPARE(office.Module('c')->widget->property("property_modulename"), QVariant());
+        office.log.clear();
+        office.Say(1, R"({"operate": "clicked", "cmd": "5"})");
+        // Once, before the clone is shown; not for the first window and not for a bare one.
+        QCOMPARE(told, QStringList(QString::number(office.Frame('b')->winId()) + QStringLiteral("a+b-c-")));
+        QCOMPARE(office.host.codes, QVector<int>({2, 2, 2, 1}));
+        QCOMPARE(office.log, QStringLiteral("a:5 b:5 c:5"));
+    }
+
+    void RemovalByKind()
+    {
+        Office office;
+        ContainerManager& manager = *office.manager;
+        manager.CreateContainer(1, nullptr, kHiddenFrame);
+        manager.CreateContainer(1, nullptr, "");
+        manager.CreateContainer(3, nullptr, "");
+        QObject stranger;
+        manager.RemoveContainer(&stranger);
+        manager.RemoveContainer(nullptr);
+        manager.RemoveContainer(dynamic_cast<ObjectModule*>(office.Module('c')));  // has nothing to close
+        QCOMPARE(office.State(), QStringLiteral("a-b-c"));
+        manager.RemoveContainer(office.Module('b')->widget);
+        QCOMPARE(office.State(), QStringLiteral("a-c"));
+        const QPointer<ContainerWidget> frame = office.Frame('a');
+        frame->ReleaseModuleWidget();
+        manager.RemoveContainer(frame);
+        QCOMPARE(office.State(), QStringLiteral("c"));
+        QVERIFY(frame && !frame->GetModule());  // closes itself
+        delete frame;
+        office.Say(1, R"({"operate": "notify", "need_create_new": "0", "cmd": "1"})");
+        office.Say(1, R"({"operate": "notify"})");  // the list is empty: one is made anew
+        QCOMPARE(office.State(), QStringLiteral("cd-"));
+    }
+
+    void TenWindowsAtMostByTheCloneButton()
+    {
+        ExpectWarning(QLatin1String(kOffscreenWarning));
+        Office office;
+        office.Say(1, kFramed);
+        office.manager->CreateContainer(1, office.Frame('a'), kHiddenFrame);
+        const auto press = [&office] { office.Button('a', "clonebtn_titlebar")->click(); };
+        while (office.modules.size() < 10) {
+            QVERIFY(office.CloneEnabled('a') && office.CloneEnabled('b'));
+            press();
+        }
+        QVERIFY(!office.CloneEnabled('a') && !office.CloneEnabled('b'));
+        press();
+        QCOMPARE(office.modules.size(), std::size_t{10});
+        office.manager->RemoveContainer(office.Module('j')->widget);  // bare: no look at the buttons
+        QVERIFY(!office.CloneEnabled('a'));
+        office.manager->RefreshCloneButtons(1);
+        QVERIFY(office.CloneEnabled('a'));
+        press();
+        QVERIFY(!office.CloneEnabled('a'));
+        office.Button('b', "closebtn_titlebar")->click();
+        QVERIFY(office.CloneEnabled('a'));
+        QCOMPARE(office.modules.size(), std::size_t{9});
+        office.manager->CreateContainer(1, nullptr, "");
+        office.manager->CreateContainer(1, nullptr, "");  // the limit is in the button alone
+        QCOMPARE(office.modules.size(), std::size_t{11});
+    }
+
+    void PanelClosesItselfInAMessage_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<QString>("verb");
+        QTest::newRow("click") << 1 << "clicked";
+        QTest::newRow("addressed") << 1 << "show";
+        QTest::newRow("to all") << -1 << "show";
+        QTest::newRow("notification") << 1 << "notify";
+        QTest::newRow("notification to all") << -1 << "notify";
+        QTest::newRow("data") << 1 << "";
+        QTest::newRow("data to all") << -1 << "";
+    }
+
+    void PanelClosesItselfInAMessage()
+    {
+        ExpectWarning(QLatin1String(kOffscreenWarning));
+        QFETCH(const int, id);
+        QFETCH(const QString, verb);
+        Office office;
+        office.Say(1, kFramed);
+        const QPointer<ContainerWidget> frame = office.Frame('a');
+        office.Module('a')->heard = [&](int, void*) { office.Button('a', "closebtn_titlebar")->click(); };
+        if (verb.isEmpty()) {
+            office.manager->OnDealPushData(id, "{}");
+        } else {
+            office.Say(
+                id,
+                qPrintable(QStringLiteral(R"({"operate":"%1","cmd":"5","always_display":"1"})").arg(verb)));
+        }
+        QCOMPARE(office.State(), QString());
+        QVERIFY(!frame || !frame->isVisible());  // stays closed until it is deleted
+        QTRY_VERIFY(!frame);
+        office.Say(1, kFramed);
+        QCOMPARE(office.State(), QStringLiteral("b+"));
+    }
+
+    void TeardownInACallbackWaitsAndKeepsTheOrder()
+    {
+        Office office;
+        bool asked = false;
+        office.host.answer = [&](int code, void*) {
+            if (code == 2 && !std::exchange(asked, true)) {
+                office.Say(-1, "destroyui");
+                office.Say(2, R"({"operate": "clicked"})");
+                office.Say(-1, "destroyui");
+                office.manager->OnDealPushData(2, R"({"init_param": 1})");
+                office.Say(1, R"({"operate": "notify", "cmd": "5"})");
+            }
+        };
+        office.Say(1, R"({"operate": "notify", "need_wrapper": "1"})");
+        QCOMPARE(office.State(), QStringLiteral("a-"));  // still on the stack, and nothing behind it has come
+        office.manager->OnDealPushData(1, "{}");
+        QCOMPARE(office.log, QStringLiteral("a:102"));
+        QTRY_COMPARE(office.State(), QStringLiteral("c-d-"));
+        QCOMPARE(office.log, QStringLiteral("a:102 b:102 c:102 c:113 c:114 d:102 d:5 d:113 d:114"));
+        office.Say(-1, "destroyui");  // at rest: at once
+        QCOMPARE(office.State(), QString());
+        QVERIFY(QApplication::topLevelWidgets().isEmpty());
+    }
+
+    void NothingIsDispatchedAfterQuit()
+    {
+        Office office;
+        office.host.answer = [&](int code, void*) {
+            if (code == 2) {
+                office.Say(-1, "quit");
+                office.Say(2, kFramed);
+                office.manager->OnDealPushData(2, "{}");
+            }
+        };
+        QTimer::singleShot(0, office.manager, [&] {
+            office.Say(-1, R"({"operate": "quit"})");  // not the bare word
+            office.Say(1, R"({"operate": "notify", "need_wrapper": "1", "cmd": "5"})");
+            office.Say(-1, "destroyui");
+        });
+        QCoreApplication::exec();
+        QCOMPARE(office.log, QStringLiteral("a:102"));
+        QCOMPARE(office.State(), QStringLiteral("a-"));  // its creation was on the stack
+        office.manager->FinishQuit();
+        QCOMPARE(office.State(), QString());
+        QVERIFY(QApplication::topLevelWidgets().isEmpty());
+    }
+};
+
+PANELRY_TEST(ContainerManagerTest)
+#include "container_manager_test.moc"

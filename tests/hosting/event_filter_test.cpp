@@ -1,0 +1,101 @@
+#include "hosting/event_filter.h"
+
+#include <QPushButton>
+
+#include "hosting/stage.h"
+#include "support/test.h"
+
+using panelry::test::FakeHost;
+
+class EventFilterTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void ReportsOfPresses_data()
+    {
+        QTest::addColumn<QString>("times");  // of the construction and of the presses
+        QTest::addColumn<int>("reports");
+        const auto row = [](const char* name, const char* times, int reports) {
+            QTest::newRow(name) << times << reports;
+        };
+        row("29 s after the start", "10:00:00.000 10:00:29.999", 0);
+        row("30 s after the start", "10:00:00.000 10:00:30.000", 1);
+        row("whole seconds count", "10:00:00.900 10:00:30.100", 1);
+        row("two within 30 s", "10:00:00.000 10:01:00.000 10:01:29.000", 1);
+        row("two 30 s apart", "10:00:00.000 10:01:00.000 10:01:30.000", 2);
+        row("silent ones don't count", "10:00:00.000 10:01:00.000 10:01:20.000 10:01:40.000", 2);
+        row("across midnight", "23:00:00.000 23:59:50.000 00:00:10.000 00:01:00.000 23:59:59.000", 1);
+        row("until the clock has passed the time", "23:00:00.000 23:58:00.000 00:00:10.000 23:58:30.000", 2);
+    }
+
+    void ReportsOfPresses()
+    {
+        QFETCH(const QString, times);
+        FakeHost host;
+        QTime now;
+        QWidget widget;
+        std::unique_ptr<EventFilter> filter;
+        for (const QString& time : times.split(QLatin1Char(' '))) {
+            now = QTime::fromString(time, QStringLiteral("hh:mm:ss.zzz"));
+            if (!filter) {
+                filter = std::make_unique<EventFilter>(nullptr, [&now] { return now; });
+                filter->Watch(&widget);
+            } else {
+                QTest::mousePress(&widget, Qt::RightButton);
+            }
+        }
+        QTEST(int(host.codes.size()), "reports");
+        QCOMPARE(host.codes.count(0), host.codes.size());
+    }
+
+    void WatchesWhatIsThereAndConsumesNothing()
+    {
+        FakeHost host;
+        QTime now(10, 0);
+        QWidget window;
+        QWidget middle(&window);
+        QPushButton button(&middle);
+        EventFilter filter(&window, [&now] { return now; });
+        filter.Watch(&window);
+        QPushButton late(&middle);
+        now = now.addSecs(40);
+        QTest::mouseRelease(&button, Qt::LeftButton);
+        QTest::keyClick(&button, Qt::Key_Space);
+        QTest::mousePress(&late, Qt::LeftButton);  // a button takes its presses: no parent sees them
+        QCOMPARE(host.codes, QVector<int>());
+        const QSignalSpy clicks(&button, &QPushButton::clicked);
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QCOMPARE(clicks.count(), 1);
+        QCOMPARE(host.codes, QVector<int>({0}));
+        now = now.addSecs(40);
+        QTest::mousePress(&middle, Qt::LeftButton);  // ignored there, so it goes on to the window
+        QCOMPARE(host.codes, QVector<int>({0, 0}));
+    }
+
+    void TimeIsKeptWithoutAHost()
+    {
+        QTime now(10, 0);
+        QWidget widget;
+        EventFilter filter(nullptr, [&now] { return now; });
+        filter.Watch(&widget);
+        const auto pressAfter = [&](int seconds) {
+            now = now.addSecs(seconds);
+            QTest::mousePress(&widget, Qt::LeftButton);
+        };
+        pressAfter(30);
+        FakeHost host;
+        pressAfter(29);
+        QCOMPARE(host.codes.size(), 0);
+        // The time is kept before the host is called: what it does in the call finds the filter at rest.
+        host.answer = [&](int, void* data) {
+            QVERIFY(!data);
+            QTest::mousePress(&widget, Qt::LeftButton);
+        };
+        pressAfter(1);
+        QCOMPARE(host.codes.size(), 1);
+    }
+};
+
+PANELRY_TEST(EventFilterTest)
+#include "event_filter_test.moc"

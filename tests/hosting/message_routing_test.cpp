@@ -1,0 +1,216 @@
+#include "hosting/plugin_manager.h"
+#include "hosting/plugin_manager_spi.h"
+#include "hosting/stage.h"
+#include "support/test.h"
+
+using panelry::test::Stage;
+
+namespace
+{
+
+class FakeLayer : public PluginManagerSpi
+{
+public:
+    void HandleLinkedMessage(void* payload, int msgId) override { Note("linked", payload, msgId); }
+    void ForwardToHost(int msgId, void* payload) override { Note("host", payload, msgId); }
+    void HandleMessage201(void* payload) override { Note("first", payload); }
+    void HandleMessage202(void* payload) override { Note("second", payload); }
+    void HandleMessage203(void* payload) override { Note("third", payload); }
+
+    QString heard;
+    void* lastPayload = nullptr;
+
+private:
+    void Note(const char* operation, void* payload, int msgId = 0)
+    {
+        heard += QString::fromLatin1(operation) + (msgId ? QString::number(msgId) : QString());
+        lastPayload = payload;
+    }
+};
+
+}  // namespace
+
+class MessageRoutingTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void Receivers_data()
+    {
+        QTest::addColumn<QString>("step");
+        QTest::addColumn<QString>("log");
+        const auto row = [](const char* name, const char* step, const char* log) {
+            QTest::newRow(name) << step << log;
+        };
+        row("in a frame", "*a", "b g");
+        row("its neighbour", "*b", "a f");
+        row("sub-module hears itself through its parent", "*f", "a f b g");
+        row("sub-module's sub-module", "*i", "a f b g");
+        row("alone in its group", "*c", "");
+        row("alone in its frame", "*d", "");
+        row("frameless: all", "*e", "a b c d f g h i");
+        row("sub-module of a frameless one: all", "*h", "e a b c d f g i");
+        row("nobody: all", "*", "e a b c d f g h i");
+        row("stranger: all", "*z", "e a b c d f g h i");
+        row("by id, across frames", "#1b", "a c d");
+        row("by id, without the sender", "#1c", "a d");
+        row("by id, sub-modules too", "#3", "f g h");
+        row("by id, sub-module as sender", "#3g", "f h");
+        row("by an id that nobody has", "#9a", "");
+        row("of a key: nobody excepted", "=7", "a f b g c");
+        row("of no key", "=0", "");
+        row("stock in a frame", "!*a", "b:102 g:102");
+        row("stock in a frame, null", "?*b", "a:102 f:102");
+        row("a stranger isn't filed by that", "*z #0", "e a b c d f g h i");
+    }
+
+    // Two modules in one frame, a third in another group of it, one in a second frame, one without a frame; a
+    // sub-module of three of them, and one of a sub-module.
+    void Receivers()
+    {
+        QFETCH(const QString, step);
+        Stage stage;
+        stage.Play(QStringLiteral("a7 b7=2 c7.1 d8 e0=2 fa gb he if=4"));
+        stage.Play(step);
+        QTEST(stage.log, "log");
+    }
+
+    void Ids_data()
+    {
+        QTest::addColumn<int>("msgId");
+        QTest::addColumn<bool>("routed");
+        for (int msgId : {113, 114, 119, 122, 204, 208, 0, -1}) {
+            QTest::addRow("%d", msgId) << msgId << true;
+        }
+        for (int msgId : {120, 121, 123, 200, 201, 202, 203, 205, 206, 207}) {
+            QTest::addRow("%d", msgId) << msgId << false;
+        }
+    }
+
+    void Ids()
+    {
+        QFETCH(const int, msgId);
+        QFETCH(const bool, routed);
+        Stage stage;
+        stage.msgId = msgId;
+        stage.Play(QStringLiteral("a7 b7 *a #1a *"));  // and no container layer is there
+        const QString heard = QStringLiteral("b:%1 b:%1 a:%1 b:%1").arg(msgId);
+        QCOMPARE(stage.log, routed ? heard : QString());
+    }
+
+    void AscendingAddressesAreTheOrder()
+    {
+        Stage stage;
+        stage.Play(QStringLiteral("a7"));
+        stage.fromTheTop = true;
+        stage.Play(QStringLiteral("b7 c7 da ea >7 * #1 #3 =7"));
+        QCOMPARE(stage.log, QStringLiteral("a e d c b a c b e d a c b e d a e d c b"));
+    }
+
+    void PayloadAndResults()
+    {
+        Stage stage;
+        stage.Play(QStringLiteral("a7 b7"));
+        PluginManager& m = stage.manager;
+        std::vector<void*> seen;
+        stage['b'].heard = [&seen](int, void* payload) { seen.push_back(payload); };
+        StringMap& stock = stage.stock;
+        QCOMPARE(m.RouteToLinks(102, &stock, &stage['a'], 0, 7), 1);
+        QCOMPARE(m.RouteToLinks(102, nullptr, nullptr, 0, 0), 1);
+        QCOMPARE(m.RouteToModuleId(300, &stock, nullptr, 0, 1), 1);
+        QCOMPARE(m.RouteToKey(300, nullptr, 7), 1);
+        QCOMPARE(seen, (std::vector<void*>{&stock, nullptr, &stock, nullptr}));
+        QCOMPARE(m.RouteToLinks(300, nullptr, nullptr, 0, 99), 1);
+        QCOMPARE(m.RouteToModuleId(300, nullptr, nullptr, 0, -1), -1);
+        QCOMPARE(m.RouteToModuleId(300, nullptr, nullptr, 0, 99), 1);
+        QCOMPARE(m.RouteToKey(300, nullptr, 0), -1);
+        QCOMPARE(m.RouteToKey(300, nullptr, 99), 1);
+        QCOMPARE(seen.size(), std::size_t{4});
+    }
+
+    void GroupsOfAKey_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("log");
+        const auto row = [](const char* name, const char* script, const char* log) {
+            QTest::newRow(name) << script << log;
+        };
+        row("one group, numbered beyond the count", "a7.1 =7", "");
+        row("a gap in the numbers", "a7 b7.2 c7.5 =7", "a b");
+        row("a group that was left still counts", "a7 b7.1 -a =7", "b");
+        row("three groups, the second without modules", "a7 b7.1 c7.2 -b =7", "a c");
+    }
+
+    void GroupsOfAKey() { Plays(); }
+
+    void ContainerLayerIsServed_data()
+    {
+        QTest::addColumn<int>("msgId");
+        QTest::addColumn<QString>("heard");
+        const auto row = [](int msgId, const char* heard) { QTest::addRow("%d", msgId) << msgId << heard; };
+        row(200, "linked102");
+        row(201, "first");
+        row(202, "second");
+        row(203, "third");
+        row(204, "");
+        row(205, "host205");
+        row(206, "host206");
+        row(207, "linked207");
+        row(208, "");
+    }
+
+    void ContainerLayerIsServed()
+    {
+        QFETCH(const int, msgId);
+        Stage stage;
+        FakeLayer layer;
+        stage.manager.m_spi = &layer;
+        for (void* payload : {static_cast<void*>(&stage), static_cast<void*>(nullptr)}) {
+            layer.heard.clear();
+            stage.manager.SendModuleMessage(msgId, payload, nullptr, payload ? -1 : 2);
+            QTEST(layer.heard, "heard");
+            QVERIFY(layer.heard.isEmpty() || layer.lastPayload == payload);
+        }
+        stage.manager.m_spi = nullptr;
+    }
+
+    void ReceiversThatChangeTheTables_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("log");
+        const auto row = [](const char* name, const char* script, const char* log) {
+            QTest::newRow(name) << script << log;
+        };
+        row("in a frame: who is removed hears no more", "a7 b7 c7 a:-b >7", "a c");
+        row("in a frame: who removes itself takes its sub-modules along", "a7 ba c7 a:-a >7", "a c");
+        row("in a frame: a sub-module removes its parent", "a7 ba ca d7 b:-a >7", "a b d");
+        row("in a frame: a sub-module that was made just now hears it", "a7 b7 a:ca >7", "a c b");
+        row("in a frame: all are unloaded", "a7 b7 a:x >7", "a");
+        row("in a frame: the next message goes by the new tables", "a7 >7 b7 >7 ca >7 -b >7",
+            "a a b a c b a c");
+        row("to all: who is removed still hears it", "a7 b8 a:-b *", "a b");
+        row("to all: the sub-modules of who is removed don't", "a7 b8 cb a:-b *", "a b");
+        row("to all: sub-modules of one parent hear it together", "a7 b8 ca da eb c:-a *", "a b c d e");
+        row("to all: and of the next parent no more", "a7 b8 ca da eb c:-b *", "a b c d");
+        row("to all: a sub-module that was made before their turn hears it", "a7 b7 a:ca *", "a b c");
+        row("to all: a module that was made meanwhile doesn't", "a7 a:b7 *", "a");
+        row("to all: the next message goes by the new tables", "a7 * b0 * cb * -a *", "a b a b a c b c");
+        row("by id: who is removed hears no more", "a7 b8 a:-b #1", "a");
+        row("by id: one that breeds doesn't go on for ever", "a7=3 a:ba b:ca c:da #3", "a");
+        row("depth first", "a7 b7 c7 b:*b >7", "a b a c c");
+    }
+
+    void ReceiversThatChangeTheTables() { Plays(); }
+
+private:
+    void Plays()
+    {
+        QFETCH(const QString, script);
+        Stage stage;
+        stage.Play(script);
+        QTEST(stage.log, "log");
+    }
+};
+
+PANELRY_TEST(MessageRoutingTest)
+#include "message_routing_test.moc"

@@ -1,0 +1,199 @@
+#include "hosting/operate_message.h"
+
+#include <QWidget>
+
+#include "support/test.h"
+
+using nlohmann::json;
+
+Q_DECLARE_METATYPE(std::string)
+
+namespace
+{
+
+// A message with all the keys of an operate message, each of them said otherwise than its default.
+json FullMessage()
+{
+    return {{"operate", "show"},      {"bussiness", "text"},    {"cmd", "7"},
+            {"always_display", "1"},  {"need_display", "0"},    {"need_wrapper", "1"},
+            {"need_create_new", "0"}, {"ignord_lock_hide", "1"}};
+}
+
+QString Read(const std::string& text)
+{
+    const panelry::OperateMessage m = panelry::ReadOperateMessage(text);
+    const QString business =
+        m.business == text ? QStringLiteral("<text>") : QString::fromStdString(m.business);
+    return QStringLiteral("%1|%2|%3|%4%5%6")
+        .arg(QString::fromStdString(m.operate), business, QString::number(m.command))
+        .arg(m.alwaysDisplay)
+        .arg(m.needDisplay)
+        .arg(m.needCreateNew);
+}
+
+// `levels` nested values, the innermost of them a text.
+std::string Nested(std::size_t levels)
+{
+    const std::size_t lists = levels - 1;
+    return R"({"operate": "show", "init_param": )" + std::string(lists, '[') + R"("x")" +
+           std::string(lists, ']') + '}';
+}
+
+}  // namespace
+
+class OperateMessageTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void OperateTexts_data()
+    {
+        QTest::addColumn<std::string>("text");
+        QTest::addColumn<QString>(
+            "read");  // operate|bussiness|cmd|always_display, need_display, need_create_new
+        const auto row = [](const char* name, const std::string& text, const char* read) {
+            QTest::newRow(name) << text << read;
+        };
+        const char* const nothing = "|<text>|-1|011";
+        row("empty", "", nothing);
+        row("a word", "quit", nothing);
+        row("no object", R"(["operate", "show"])", nothing);
+        row("a text", R"("operate")", nothing);
+        row("empty object", "{}", nothing);
+        row("cut off", R"({"operate": "show")", nothing);
+        row("something behind", R"({"operate": "show"} x)", nothing);
+        row("not UTF-8", "{\"operate\": \"show\", \"x\": \"\xd0\"}", nothing);
+        row("half a character", R"({"operate": "show", "x": "\ud800"})", nothing);
+        row("a number too large", R"({"operate": "show", "x": 1e999})", nothing);
+        row("verb alone", R"({"operate": "show"})", "show|<text>|-1|011");
+        row("everything", FullMessage().dump(), "show|text|7|100");
+        row("UTF-8", R"({"operate": "\u5c55", "bussiness": "行情"})", "展|行情|-1|011");
+        row("flags take nothing but 1",
+            R"({"always_display": "true", "need_display": "", "need_create_new": "01"})", "|<text>|-1|000");
+        row("cmd is a word", R"({"cmd": "abc"})", "|<text>|0|011");
+        row("cmd is empty", R"({"cmd": ""})", "|<text>|0|011");
+        row("cmd has a rest", R"({"cmd": " 12x"})", "|<text>|12|011");
+        row("cmd is too large", R"({"cmd": "99999999999"})", "|<text>|2147483647|011");
+        // A value of another type ends the reading: what was read in front of it stands.
+        const auto bad = [&row](const char* key, const json& value, const char* read) {
+            json message = FullMessage();
+            message[key] = value;
+            row(qPrintable(QStringLiteral("%1 %2").arg(QLatin1String(key), QLatin1String(value.type_name()))),
+                message.dump(), read);
+        };
+        bad("operate", 1, nothing);
+        bad("operate", nullptr, nothing);
+        bad("bussiness", json::object(), "show|<text>|-1|011");
+        bad("cmd", 5, "show|text|-1|011");
+        bad("always_display", true, "show|text|7|011");
+        bad("always_display", 1, "show|text|7|011");
+        bad("need_display", nullptr, "show|text|7|111");
+        bad("need_wrapper", json::array(), "show|text|7|101");
+        bad("need_create_new", false, "show|text|7|101");
+        bad("ignord_lock_hide", 1, "show|text|7|100");
+        bad("init_param", 1, "show|text|7|100");
+        row("512 levels", Nested(512), "show|<text>|-1|011");
+        row("513 levels", Nested(513), nothing);
+        row("100,000 levels", Nested(100000), nothing);
+        row("a million levels that never end", std::string(1000000, '['), nothing);
+    }
+
+    void OperateTexts()
+    {
+        QFETCH(const std::string, text);
+        QTEST(Read(text), "read");
+    }
+
+    void CreationTexts_data()
+    {
+        QTest::addColumn<std::string>("text");
+        QTest::addColumn<std::string>("creation");
+        QTest::addColumn<QString>("flags");  // need_wrapper, ignord_lock_hide
+        const auto row = [](const char* name, const std::string& text, const std::string& creation,
+                            const char* flags) { QTest::newRow(name) << text << creation << flags; };
+        const auto with = [](const std::string& parameter, char display) {
+            return R"({"create_source":"panelry","init_param":)" + parameter + ",\"need_display\":\"" +
+                   display + "\"}";
+        };
+        row("empty", "", with("null", '0'), "00");
+        row("broken", R"({"need_display": "1")", with("null", '0'), "00");
+        row("no object", "[1]", with("null", '0'), "00");
+        row("everything",
+            R"({"need_display": "1", "need_wrapper": "1", "ignord_lock_hide": "1", "init_param": {}})",
+            with("{}", '1'), "11");
+        row("compact, keys in order, not escaped",
+            R"({"init_param": {"b": [1, 2.5, "行"], "a": "\u884c\n"}})",
+            with(R"({"a":"行\n","b":[1,2.5,"行"]})", '0'), "00");
+        row("bad display", R"({"need_display": 1, "need_wrapper": "1", "init_param": 2})", with("null", '0'),
+            "00");
+        row("bad frame",
+            R"({"need_display": "1", "need_wrapper": 1, "ignord_lock_hide": "1", "init_param": 2})",
+            with("null", '1'), "00");
+        row("bad lock", R"({"need_wrapper": "1", "ignord_lock_hide": 1, "init_param": 2})", with("null", '0'),
+            "10");
+        row("other keys may be bad", R"({"operate": 1, "need_wrapper": "1", "init_param": 2})",
+            with("2", '0'), "10");
+        row("512 levels", Nested(512), with(std::string(511, '[') + R"("x")" + std::string(511, ']'), '0'),
+            "00");
+        row("513 levels", Nested(513), with("null", '0'), "00");
+        row("100,000 levels", Nested(100000), with("null", '0'), "00");
+    }
+
+    void CreationTexts()
+    {
+        QFETCH(const std::string, text);
+        const panelry::CreationMessage message = panelry::ReadCreationMessage(text);
+        QTEST(panelry::CreationText(message, nullptr), "creation");
+        QTEST(QStringLiteral("%1%2").arg(message.needWrapper).arg(message.ignoreLockHide), "flags");
+    }
+
+    void ClonesGetTheDataOfTheirSource()
+    {
+        QWidget source;
+        const auto creation = [&source] { return panelry::CreationText({}, &source); };
+        const std::string none =
+            R"({"create_source":"panelry","init_data":{},"init_param":null,"need_display":"0"})";
+        QCOMPARE(creation(), none);
+        source.setProperty("module_data", 5);  // not a map
+        QCOMPARE(creation(), none);
+        source.setProperty("module_data", QVariantMap{{QStringLiteral("代码"), QStringLiteral("六\n")},
+                                                      {QStringLiteral("c"), 5},
+                                                      {QStringLiteral("a"), true},
+                                                      {QStringLiteral("b"), QVariantList{1}},
+                                                      {QStringLiteral("d"), QVariant()}});
+        QCOMPARE(creation(),
+                 R"({"create_source":"panelry","init_data":{"a":"true","b":"","c":"5","d":"","代码":"六\n"},)"
+                 R"("init_param":null,"need_display":"0"})");
+        source.setProperty("module_data", QVariantMap{{QStringLiteral("half"), QString(QChar(0xd800))}});
+        QVERIFY(json::parse(creation())["init_data"].contains("half"));  // and doesn't throw
+    }
+
+    void PushTexts_data()
+    {
+        QTest::addColumn<std::string>("text");
+        QTest::addColumn<std::string>("pushed");
+        const auto same = [](const char* name, const std::string& text) {
+            QTest::newRow(name) << text << text;
+        };
+        same("empty", "");
+        same("broken", R"({"init_param": 1)");
+        same("no object", R"(["init_param"])");
+        same("no parameter", R"({ "x": 1 })");
+        same("513 levels", Nested(513));
+        same("100,000 levels", Nested(100000));
+        QTest::newRow("one element a line")
+            << std::string(R"({"init_param": {"b": [1, 2], "a": "行", "c": {}}, "operate": 1})")
+            << std::string("{\n\"a\": \"行\",\n\"b\": [\n1,\n2\n],\n\"c\": {}\n}");
+        QTest::newRow("null") << std::string(R"({"init_param": null})") << std::string("null");
+        QTest::newRow("a text") << std::string(R"({"init_param": "x"})") << std::string(R"("x")");
+    }
+
+    void PushTexts()
+    {
+        QFETCH(const std::string, text);
+        QTEST(panelry::PushText(text), "pushed");
+    }
+};
+
+PANELRY_TEST(OperateMessageTest)
+#include "operate_message_test.moc"

@@ -1,0 +1,196 @@
+#include "support/host_process.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <algorithm>
+#include <filesystem>
+
+namespace panelry::test
+{
+
+namespace
+{
+
+constexpr int kDeadlineMs = 60'000;
+constexpr int kStepMs = 200;
+
+// A hard link or a copy: a program that is a symbolic link lives in the folder of its target.
+void PlaceProgram(const QString& from, const QString& to)
+{
+    std::error_code error;
+    std::filesystem::create_hard_link(from.toStdString(), to.toStdString(), error);
+    if (error) {
+        QFile::copy(from, to);
+    }
+}
+
+}  // namespace
+
+HostProcess::HostProcess()
+{
+    PlaceProgram(QStringLiteral(PANELRY_TEST_HOST), m_folder.filePath(QStringLiteral("host")));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!environment.contains(QStringLiteral("QT_QPA_PLATFORM"))) {
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    }
+    m_process.setProcessEnvironment(environment);
+    m_process.setWorkingDirectory(QStringLiteral("/"));
+}
+
+HostProcess::~HostProcess()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+}
+
+void HostProcess::AddModules(const QString& name, const QString& fileName) const
+{
+    const QString file = name + QStringLiteral(".so");
+    const QDir folder(Folder());
+    folder.mkpath(QStringLiteral("adsplugins"));
+    QFile::link(QStringLiteral(PANELRY_TEST_MODULES "/") + file,
+                folder.filePath(QStringLiteral("adsplugins/") + (fileName.isEmpty() ? file : fileName)));
+}
+
+void HostProcess::Write(const QString& path, const QByteArray& content) const
+{
+    QFile file(m_folder.filePath(path));
+    QDir().mkpath(QFileInfo(file).path());
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        qFatal("cannot write %s", qPrintable(file.fileName()));
+    }
+}
+
+bool HostProcess::Start(const QStringList& arguments)
+{
+    m_process.start(m_folder.filePath(QStringLiteral("host")),
+                    QStringList(QStringLiteral(PANELRY_TEST_LIBRARY_FILE)) + arguments);
+    return m_process.waitForStarted();
+}
+
+bool HostProcess::StartAndInit()
+{
+    AddModules(QStringLiteral("reporter"));
+    Write(QStringLiteral("sysconfig/config.json"), R"({"system":{"load_font":"0"}})");
+    const bool started = Start();
+    Do(QStringLiteral("init 16 32 1"));
+    // The first marker may come out of the first drain, the second one only behind it.
+    return started && Settle().contains(QStringLiteral("loading reporter")) && Settle().isEmpty();
+}
+
+void HostProcess::Do(const QString& command)
+{
+    m_process.write(command.toUtf8() + '\n');
+}
+
+void HostProcess::Do(const QStringList& commands)
+{
+    for (const QString& command : commands) {
+        Do(command);
+    }
+}
+
+bool HostProcess::ReadMore(int deadlineMs)
+{
+    const bool read = m_process.canReadLine() || m_process.waitForReadyRead(deadlineMs);
+    m_errors += m_process.readAllStandardError();
+    while (m_process.canReadLine()) {
+        m_lines.append(QString::fromUtf8(m_process.readLine()).chopped(1));
+    }
+    return read;
+}
+
+bool HostProcess::Find(const QString& needle)
+{
+    while (m_read < m_lines.size()) {
+        if (m_lines[m_read++].contains(needle)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString HostProcess::Wait(const QString& needle)
+{
+    return Await(needle, false);
+}
+
+// With `nudge`: a message that comes at the very end of the start may stay parked until the next one.
+QString HostProcess::Await(const QString& needle, bool nudge)
+{
+    int patienceMs = kDeadlineMs;
+    while (!Find(needle)) {
+        if (ReadMore(kStepMs)) {
+            patienceMs = kDeadlineMs;
+            continue;
+        }
+        patienceMs -= kStepMs;
+        if (patienceMs <= 0 || m_process.state() == QProcess::NotRunning) {
+            qInfo("no \"%s\" in:\n%s", qPrintable(needle), Story().constData());
+            return {};
+        }
+        if (nudge) {
+            Do(QStringLiteral("notify 7 0 nudge"));
+        }
+    }
+    return m_lines[m_read - 1];
+}
+
+QStringList HostProcess::Settle()
+{
+    const int first = m_read;
+    const QString marker = QStringLiteral("marker %1.").arg(++m_markers);
+    Do(QStringLiteral("notify 1 %1 %2").arg(kMarkerId).arg(marker));
+    if (Await(marker, true).isNull()) {
+        return {QStringLiteral("no marker")};
+    }
+    const QStringList lines = m_lines.mid(first, m_read - 1 - first);
+    const QString own = QString::number(kMarkerId);
+    QStringList others;
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(others),
+                 [&own](const QString& line) { return !line.contains(own); });
+    return others;
+}
+
+QStringList HostProcess::SettleBriefly()
+{
+    static const QRegularExpression making(QStringLiteral(
+        " (Set\\w+|Initialize|Get\\w+)( |$)|^callback 2 |OnMessage 102 market= stockcode= stockname=$"));
+    QStringList lines = Settle();
+    lines.erase(
+        std::remove_if(lines.begin(), lines.end(), [](const QString& line) { return line.contains(making); }),
+        lines.end());
+    return lines.replaceInStrings(QRegularExpression(QStringLiteral(" made in .*")), QStringLiteral(" made"));
+}
+
+QString HostProcess::Ask(int id, const QString& question)
+{
+    Do(QStringLiteral(
+           R"(notify 0 %1 {"operate":"notify","need_create_new":"0","cmd":"900","bussiness":"ask %2"})")
+           .arg(id)
+           .arg(question));
+    const QString key = QStringLiteral(" answer ");
+    return Await(key, true).section(key, 1);
+}
+
+bool HostProcess::End(const QStringList& commands)
+{
+    Do(commands);
+    while (ReadMore(kDeadlineMs)) {
+    }
+    m_process.waitForFinished(kDeadlineMs);
+    m_errors += m_process.readAllStandardError();
+    return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit;
+}
+
+QByteArray HostProcess::Story() const
+{
+    return m_lines.mid(qMax(0, m_lines.size() - 40)).join(QLatin1Char('\n')).toUtf8() +
+           "\nerrors: " + m_errors;
+}
+
+}  // namespace panelry::test
