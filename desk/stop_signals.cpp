@@ -1,0 +1,56 @@
+#include "desk/stop_signals.h"
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <system_error>
+
+namespace panelry::desk
+{
+
+namespace
+{
+
+bool IsIgnored(int signal)
+{
+    struct sigaction action {
+    };
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+StopSignals::StopSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    if (!IsIgnored(SIGHUP)) {
+        sigaddset(&signals, SIGHUP);
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    m_descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (m_descriptor < 0) {
+        throw std::system_error(errno, std::generic_category(), "signalfd");
+    }
+}
+
+StopSignals::~StopSignals()
+{
+    close(m_descriptor);
+}
+
+std::optional<std::string> StopSignals::Take()
+{
+    signalfd_siginfo info{};
+    if (read(m_descriptor, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
+        return std::nullopt;
+    }
+    return "SIG" + std::string(sigabbrev_np(static_cast<int>(info.ssi_signo)));
+}
+
+}  // namespace panelry::desk

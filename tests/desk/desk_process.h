@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <initializer_list>
+
+namespace panelry::test
+{
+
+/// A run of the real desk, by default with the stand-in for the panels' library and without a display.
+class DeskProcess
+{
+public:
+    DeskProcess();
+
+    /// Starts it; `library` empty: without --library.
+    void Start(QStringList arguments, const QString& library = QStringLiteral(FAKE_PANELRY),
+               const QString& program = QStringLiteral(DESK_PROGRAM));
+
+    /// Reads until there is a line whose `key` is `value`; false when the program ends or half a minute goes
+    /// by without it.
+    bool WaitFor(const char* key, const QString& value);
+
+    void Type(const char* text) { process.write(text); }
+
+    /// Reads to the end of the program and returns its exit status, -1 if it was killed or doesn't end.
+    int Finish();
+
+    /// "event" or "event:reason-or-text-or-note" of the lines so far.
+    QStringList Story() const;
+
+    QProcess process;
+    QList<QJsonObject> lines;
+    QStringList brokenLines;  ///< output that is no JSON object
+    QString errors;           ///< standard error, after Finish()
+
+private:
+    void TakeLines();
+};
+
+QString Text(const char* utf8);
+QStringList Texts(std::initializer_list<const char*> utf8);
+
+/// Writes a file in `directory` and returns its path.
+QString WriteFile(const QTemporaryDir& directory, const QString& name, const QByteArray& content);
+
+}  // namespace panelry::test

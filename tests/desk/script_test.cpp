@@ -1,0 +1,268 @@
+#include "desk/script.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
+#include <functional>
+#include <sstream>
+
+#include "desk/display.h"
+#include "desk/scheduler.h"
+#include "support/test.h"
+
+using namespace panelry::desk;
+
+Q_DECLARE_METATYPE(panelry::desk::DisplayEnvironment)
+
+namespace
+{
+
+struct Describe {
+    std::string operator()(const Message& message) const
+    {
+        return std::to_string(message.type) + ' ' + std::to_string(message.id) + ' ' + message.text;
+    }
+    std::string operator()(const Titles& titles) const
+    {
+        std::string text = "titles";
+        for (const auto& [id, title] : titles) {
+            text += ' ' + std::to_string(id) + '=' + title;
+        }
+        return text;
+    }
+    std::string operator()(const Note& note) const { return "note " + note.text; }
+    std::string operator()(const Quit&) const { return "quit"; }
+    std::string operator()(const Help&) const { return "help"; }
+};
+
+std::string DescribeLine(const ParsedLine& parsed)
+{
+    if (!parsed.error.empty()) {
+        return "error: " + parsed.error;
+    }
+    if (!parsed.line) {
+        return "nothing";
+    }
+    const std::string at = parsed.line->at ? '@' + std::to_string(parsed.line->at->count()) + ' ' : "";
+    return at + std::visit(Describe{}, parsed.line->act);
+}
+
+// "1710.00" as 171000: all prices of one stock have the same number of decimals.
+int Ticks(const QJsonValue& price)
+{
+    return price.toString().remove(QLatin1Char('.')).toInt();
+}
+
+// From the lowest bid to the highest ask.
+QList<int> Ladder(const QJsonObject& quote)
+{
+    QList<int> ladder;
+    for (const QJsonValue level : quote[QStringLiteral("asks")].toArray()) {
+        ladder.append(Ticks(level.toArray()[0]));
+    }
+    for (const QJsonValue level : quote[QStringLiteral("bids")].toArray()) {
+        ladder.prepend(Ticks(level.toArray()[0]));
+    }
+    return ladder;
+}
+
+}  // namespace
+
+class ScriptTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aLine_data();
+    void aLine();
+    void aScriptNumbersItsBadLinesAndGoesOn();
+    void actsOfOneTimeKeepTheirOrder();
+    void theDemoIsAMinuteOfSoundQuotes();
+    void theDisplay_data();
+    void theDisplay();
+};
+
+void ScriptTest::aLine_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("expected");
+    const auto script = [](const char* text, const char* expected) {
+        QTest::newRow(text) << QByteArray(text) << QByteArray(expected);
+    };
+    const auto typed = [](const char* text, const char* expected) {
+        QTest::newRow((QByteArray("typed: ") + text).constData()) << QByteArray(text) << QByteArray(expected);
+    };
+    script("", "nothing");
+    script("  # {\"quit\":true}\r", "nothing");
+    script(R"({"at":1500,"type":0,"id":41001,"text":"quit"})", "@1500 0 41001 quit");
+    script(R"({"type":"push","id":-1,"text":{"b":[1,"行"],"a":"\u0000"}})",
+           R"(1 -1 {"b":[1,"行"],"a":"\u0000"})");
+    script(R"({"type":-2147483648,"id":2147483647,"text":""})", "-2147483648 2147483647 ");
+    script(R"({"at":604800000,"quit":true})", "@604800000 quit");
+    script(R"({"name":{"41001":"行情","-3":""}})", "titles -3= 41001=行情");
+    script(R"({"at":0,"note":"now"})", "@0 note now");
+    script(R"({"type":0,"id":1,"text":"a)",
+           "error: not JSON at byte 27: syntax error while parsing value - "
+           "invalid string: missing closing quote; last read: '\"a'");
+    script("open 41001",
+           "error: not JSON at byte 1: syntax error while parsing value - invalid literal; "
+           "last read: 'o'");
+    script("[0,1]", "error: not a JSON object");
+    script(R"({"at":-1,"quit":true})",
+           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
+    script(R"({"at":18446744073709551615,"quit":true})",
+           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
+    script(R"({"at":1.5,"quit":true})",
+           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
+    script(R"({"quit":1})", "error: \"quit\" must be true");
+    script(R"({"quit":true,"id":1})", "error: unknown key \"id\"");
+    script(R"({"tpye":0,"id":1,"text":""})", "error: unknown key \"tpye\"");
+    script(R"({"type":0,"id":1})", "error: \"text\" is missing");
+    script(R"({"type":0,"id":1,"text":5})", "error: \"text\" must be a string, an object or an array");
+    script(R"({"type":0,"id":1,"text":"a\u0000b"})",
+           "error: \"text\" holds a NUL character, at which it would end");
+    script(R"({"type":"show","id":1,"text":""})",
+           "error: \"type\" must be \"operate\", \"push\" or a 32-bit number");
+    script(R"({"type":0,"id":2147483648,"text":""})", "error: \"id\" must be a 32-bit number");
+    script(R"({"name":{"all":"x"}})", "error: \"name\": \"all\" must be a component id with a title text");
+
+    typed(R"({"at":20,"type":1,"id":2,"text":"x"})", "@20 1 2 x");
+    typed("  open   41001 ",
+          R"(0 41001 {"operate":"clicked","need_wrapper":"1","need_display":"1","always_display":"1"})");
+    typed("toggle 7", R"(0 7 {"operate":"clicked","need_wrapper":"1","need_display":"1"})");
+    typed("hide -1", R"(0 -1 {"operate":"hide"})");
+    typed("notify 7 1  two  \"words\" ",
+          R"(0 7 {"operate":"notify","cmd":"1","bussiness":"two  \"words\"","need_create_new":"0"})");
+    typed("push 7 {\"a\": 1}", "1 7 {\"a\": 1}");
+    typed("destroyui", "0 -1 destroyui");
+    typed("quit", "quit");
+    typed("help", "help");
+    typed("quit now", "error: \"now\" is too much");
+    typed("show", "error: ID is missing");
+    typed("show +7", "error: ID must be a 32-bit number, not \"+7\"");
+    typed("notify 7 9001x", "error: CMD must be a 32-bit number, not \"9001x\"");
+    typed("push 7", "error: TEXT is missing");
+    typed("opne 7", "error: unknown command \"opne\"; \"help\" lists them");
+}
+
+void ScriptTest::aLine()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, expected);
+    const bool isTyped = QByteArray(QTest::currentDataTag()).startsWith("typed: ");
+    const ParsedLine parsed = isTyped ? ParseTypedLine(text.constData()) : ParseScriptLine(text.constData());
+    QCOMPARE(QByteArray::fromStdString(DescribeLine(parsed)), expected);
+}
+
+void ScriptTest::aScriptNumbersItsBadLinesAndGoesOn()
+{
+    const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
+    std::istringstream input(
+        "{\"note\":\"a\"}\n"
+        "\n"
+        "{\"note\":}\n"
+        "# a comment\n"
+        "{\"at\":300,\"note\":\"b\"}\n"
+        "{\"type\":1,\"id\":1,\"text\":" +
+        deep +
+        "}\n"
+        "{\"at\":900}\n"
+        "{\"at\":100,\"note\":\"c\"}\r\n"
+        "{\"note\":\"d\"}");
+    const Script script = ReadScript(input, "day.jsonl");
+    QStringList acts;
+    for (const TimedAct& act : script.acts) {
+        acts << QString::fromStdString(std::to_string(act.at.count()) + ' ' +
+                                       std::visit(Describe{}, act.act));
+    }
+    QCOMPARE(acts.join(QLatin1Char(',')), QStringLiteral("0 note a,300 note b,100 note c,100 note d"));
+    QCOMPARE(script.complaints.size(), 3U);
+    QVERIFY(script.complaints[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
+    QCOMPARE(script.complaints[1], std::string("day.jsonl:6: nested more than 512 deep"));
+    QCOMPARE(script.complaints[2], std::string("day.jsonl:7: \"type\" is missing"));
+}
+
+void ScriptTest::actsOfOneTimeKeepTheirOrder()
+{
+    using std::chrono::milliseconds;
+    Scheduler schedule;
+    schedule.Add(milliseconds(200), Note{"c"});
+    schedule.Add(milliseconds(100), Note{"a"});
+    schedule.Add(milliseconds(200), Note{"d"});
+    schedule.Add(milliseconds(100), Note{"b"});
+    QVERIFY(!schedule.TakeDue(milliseconds(99)));
+    std::string order;
+    while (const std::optional<Act> act = schedule.TakeDue(milliseconds(200))) {
+        order += std::get<Note>(*act).text;
+    }
+    QCOMPARE(order, std::string("abcd"));
+    QVERIFY(!schedule.NextAt());
+}
+
+void ScriptTest::theDemoIsAMinuteOfSoundQuotes()
+{
+    QFile file(QStringLiteral(DEMO_SCRIPT));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    std::istringstream input(file.readAll().toStdString());
+    const Script script = ReadScript(input, "demo.jsonl");
+    QCOMPARE(script.complaints.size(), 0U);
+    QVERIFY(std::holds_alternative<Quit>(script.acts.back().act));
+    const auto seconds = script.acts.back().at / std::chrono::seconds(1);
+    QVERIFY(seconds >= 60 && seconds <= 70);
+
+    int quotes = 0;
+    for (const TimedAct& act : script.acts) {
+        const auto* const message = std::get_if<Message>(&act.act);
+        if (!message || message->type != 1) {
+            continue;
+        }
+        const QJsonObject push = QJsonDocument::fromJson(QByteArray::fromStdString(message->text)).object();
+        const QJsonObject param = push[QStringLiteral("init_param")].toObject();
+        for (const QJsonValue value : param[QStringLiteral("quotes")].toArray()) {
+            const QJsonObject quote = value.toObject();
+            const QList<int> ladder = Ladder(quote);
+            const int last = Ticks(quote[QStringLiteral("last")]);
+            QCOMPARE(ladder.size(), 10);
+            QVERIFY(std::adjacent_find(ladder.begin(), ladder.end(), std::greater_equal<>()) == ladder.end());
+            QVERIFY(last == ladder[4] || last == ladder[5]);
+            QVERIFY(last >= Ticks(quote[QStringLiteral("low")]) &&
+                    last <= Ticks(quote[QStringLiteral("high")]));
+            ++quotes;
+        }
+    }
+    QVERIFY(quotes > 300);
+}
+
+void ScriptTest::theDisplay_data()
+{
+    QTest::addColumn<DisplayEnvironment>("environment");
+    QTest::addColumn<bool>("usable");
+    QTest::addColumn<QByteArray>("platform");
+    QTest::addColumn<QByteArray>("advice");
+    const auto row = [](const char* name, const DisplayEnvironment& environment, bool usable,
+                        const char* platform, const char* advice) {
+        QTest::newRow(name) << environment << usable << QByteArray(platform) << QByteArray(advice);
+    };
+    row("X11", {"", ":0", ""}, true, "xcb", "");
+    row("Wayland with XWayland", {"", ":0", "wayland-0"}, true, "xcb", "");
+    row("Wayland alone", {"", "", "wayland-0"}, false, "", "XWayland");
+    row("nothing", {"", "", ""}, false, "", "no display");
+    row("a platform is named", {"offscreen", "", "wayland-0"}, true, "", "");
+    row("Wayland is named", {"wayland-egl", ":0", "wayland-0"}, true, "", "XWayland");
+}
+
+void ScriptTest::theDisplay()
+{
+    QFETCH(DisplayEnvironment, environment);
+    QFETCH(QByteArray, advice);
+    const DisplayChoice choice = ChooseDisplay(environment);
+    QTEST(choice.usable, "usable");
+    QTEST(QByteArray::fromStdString(choice.platform), "platform");
+    QCOMPARE(choice.advice.empty(), advice.isEmpty());
+    QVERIFY(choice.advice.find(advice.toStdString()) != std::string::npos);
+}
+
+PANELRY_TEST(ScriptTest)
+#include "script_test.moc"
