@@ -1,0 +1,199 @@
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include "common/status_line.h"
+#include "message_monitor/message_line.h"
+#include "message_monitor/message_monitor_module.h"
+#include "message_monitor/message_view.h"
+#include "recording_manager.h"
+#include "support/test.h"
+
+using panelry::MessageMonitorModule;
+using panelry::MessageMonitorWidget;
+
+namespace
+{
+
+struct Monitor {
+    Monitor() : module(std::make_shared<MessageMonitorModule>(InstanceInfo()))
+    {
+        module->Initialize(static_cast<int>(panelry::kMessageMonitorId), "", "", "{}");
+    }
+
+    void SendNumbered(int from, int to) const
+    {
+        for (int i = from; i < to; ++i) {
+            Send(*module, 1, ("number " + std::to_string(i)).c_str());
+        }
+    }
+
+    MessageMonitorWidget* Widget() const { return static_cast<MessageMonitorWidget*>(module->GetWidget()); }
+    panelry::MessageView* View() const { return Widget()->View(); }
+    QString Status() const { return Widget()->findChild<panelry::StatusLine*>()->Shown(); }
+    QString First() const { return View()->document()->firstBlock().text(); }
+    QString Last() const { return View()->document()->lastBlock().text(); }
+
+    std::shared_ptr<MessageMonitorModule> module;
+};
+
+}  // namespace
+
+class MessageMonitorTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void PayloadsAreReadByTheirId_data()
+    {
+        QTest::addColumn<int>("msgId");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("shown");
+        const QString unread = QStringLiteral("（未读取内容）");
+        QTest::newRow("init data") << 113 << QByteArray("{\n\"a\":\t1\r\n}")
+                                   << QStringLiteral("{ \"a\": 1  }");
+        QTest::newRow("push data") << 114 << QByteArray("甲") << QStringLiteral("甲");
+        QTest::newRow("no cmd") << -1 << QByteArray("x") << QStringLiteral("x");
+        QTest::newRow("least id") << std::numeric_limits<int>::min() << QByteArray("x")
+                                  << QStringLiteral("x");
+        QTest::newRow("last of the host's low ids") << 99 << QByteArray("x") << QStringLiteral("x");
+        QTest::newRow("a module's id") << 100 << QByteArray("x") << unread;
+        QTest::newRow("hook event") << 119 << QByteArray("x") << unread;
+        QTest::newRow("last of the modules' ids") << 8999 << QByteArray("x") << unread;
+        QTest::newRow("first of the host's high ids") << 9000 << QByteArray("x") << QStringLiteral("x");
+        QTest::newRow("null") << 114 << QByteArray() << QStringLiteral("（无内容）");
+        QTest::newRow("null of a module") << 8000 << QByteArray() << unread;
+        QTest::newRow("too long") << 1 << QByteArray(9'000, 'x')
+                                  << QString(4'000, QLatin1Char('x')) +
+                                         QStringLiteral(" …（已截短，共 9000 字节）");
+    }
+    void PayloadsAreReadByTheirId()
+    {
+        QFETCH(int, msgId);
+        QFETCH(QByteArray, text);
+        QTEST(panelry::PayloadText(msgId, text.isNull() ? nullptr : text.constData()), "shown");
+    }
+
+    void AStockIsShownByItsPairs()
+    {
+        const StringMap stock{{"stockcode", "600519"}, {"market", "16"}};
+        QCOMPARE(panelry::PayloadText(102, &stock), QStringLiteral("market=16  stockcode=600519"));
+        QCOMPARE(panelry::PayloadText(102, nullptr), QStringLiteral("（无内容）"));
+    }
+
+    void EveryMessageBecomesALineInOrder()
+    {
+        const Monitor monitor;
+        Send(*monitor.module, 113, "%1 %2\n<b>");
+        monitor.module->OnMessage(119, nullptr);  // on another thread in life: must leave no trace
+        Send(*monitor.module, 9003, "second");
+        QTRY_COMPARE(monitor.View()->Lines(), 2);
+        QVERIFY(monitor.First().endsWith(QStringLiteral("    113  %1 %2 <b>")));
+        QVERIFY(monitor.Last().endsWith(QStringLiteral("   9003  second")));
+        QCOMPARE(QTime::fromString(monitor.First().left(12), QStringLiteral("HH:mm:ss.zzz")).isValid(), true);
+    }
+
+    void OnlyTheNewestAreKept()
+    {
+        const Monitor monitor;
+        monitor.SendNumbered(0, 20);
+        QTRY_COMPARE(monitor.View()->Lines(), 20);
+        monitor.SendNumbered(20, 5'005);  // faster than they are shown
+        QTRY_COMPARE(monitor.View()->Lines(), MessageMonitorWidget::kMostLines);
+        QVERIFY(monitor.First().endsWith(QStringLiteral("number 5")));
+        QVERIFY(monitor.Last().endsWith(QStringLiteral("number 5004")));
+    }
+
+    void PausedMessagesComeLater()
+    {
+        const Monitor monitor;
+        monitor.Widget()->SetPaused(true);
+        monitor.SendNumbered(0, 5'003);
+        QTRY_VERIFY(monitor.Status().contains(QStringLiteral("，5000 条待显示")));
+        QCOMPARE(monitor.View()->Lines(), 0);
+        monitor.Widget()->SetPaused(false);
+        QCOMPARE(monitor.View()->Lines(), 5'000);
+        monitor.SendNumbered(5'003, 5'004);
+        monitor.Widget()->Clear();  // the one that waits goes too
+        monitor.SendNumbered(5'004, 5'005);
+        QTRY_COMPARE(monitor.View()->Lines(), 1);
+        QVERIFY(monitor.First().endsWith(QStringLiteral("number 5004")));
+    }
+
+    void WhoScrollsUpReadsInPeace()
+    {
+        ExpectWarning(QStringLiteral("propagateSizeHints"));
+        const Monitor monitor;
+        monitor.Widget()->show();
+        QVERIFY(QTest::qWaitForWindowExposed(monitor.Widget()));
+        monitor.SendNumbered(0, MessageMonitorWidget::kMostLines);
+        QTRY_COMPARE(monitor.View()->Lines(), MessageMonitorWidget::kMostLines);
+        QVERIFY(monitor.View()->IsFollowing());
+        const auto firstInView = [&monitor] {
+            return monitor.View()->cursorForPosition(QPoint(8, 8)).block().text();
+        };
+
+        monitor.View()->verticalScrollBar()->setValue(200);
+        const QString reading = firstInView();
+        QVERIFY(reading.endsWith(QStringLiteral("number 200")));
+        monitor.SendNumbered(5'000, 5'030);
+        QTRY_VERIFY(monitor.Last().endsWith(QStringLiteral("number 5029")));
+        QCOMPARE(firstInView(), reading);
+
+        QVERIFY(monitor.Status().contains(QStringLiteral("已停止滚动")));
+
+        QTest::keyClick(monitor.View(), Qt::Key_End);
+        QVERIFY(monitor.View()->IsFollowing());
+        monitor.SendNumbered(5'030, 5'031);
+        QTRY_VERIFY(monitor.Last().endsWith(QStringLiteral("number 5030")));
+        QVERIFY(monitor.View()->IsFollowing());
+    }
+
+    void CopyTakesTheSelectionOrAll()
+    {
+        const Monitor monitor;
+        Send(*monitor.module, 1, "one");
+        Send(*monitor.module, 1, "two");
+        QTRY_COMPARE(monitor.View()->Lines(), 2);
+        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
+        const QStringList lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
+        QCOMPARE(lines, (QStringList{monitor.First(), monitor.Last()}));
+        monitor.View()->find(QStringLiteral("two"), QTextDocument::FindBackward);
+        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("two"));
+    }
+
+    void KeysWorkTheActions()
+    {
+        ExpectWarning(QStringLiteral("propagateSizeHints"));
+        const Monitor monitor;
+        monitor.Widget()->show();
+        QVERIFY(QTest::qWaitForWindowActive(monitor.Widget()));
+        monitor.SendNumbered(0, 2);
+        QTRY_COMPARE(monitor.View()->Lines(), 2);
+        QCOMPARE(monitor.View()->lineWrapMode(), QPlainTextEdit::WidgetWidth);
+        QTest::keyClick(monitor.View(), Qt::Key_W, Qt::AltModifier);
+        QCOMPARE(monitor.View()->lineWrapMode(), QPlainTextEdit::NoWrap);
+        QTest::keyClick(monitor.View(), Qt::Key_P, Qt::AltModifier);
+        monitor.SendNumbered(2, 3);
+        QTest::keyClick(monitor.View(), Qt::Key_P, Qt::AltModifier);
+        QCOMPARE(monitor.View()->Lines(), 3);
+        QTest::keyClick(monitor.View(), Qt::Key_L, Qt::ControlModifier);
+        QCOMPARE(monitor.View()->Lines(), 0);
+    }
+
+    void AWidgetTheLibraryDeletedIsMissedByNobody()
+    {
+        const Monitor monitor;
+        delete monitor.module->GetWidget();
+        Send(*monitor.module, 114, "x");
+        Send(*monitor.module, 9002, "x");
+        QCOMPARE(monitor.module->GetWidget(), nullptr);
+    }
+};
+
+PANELRY_TEST(MessageMonitorTest)
+#include "message_monitor_test.moc"
