@@ -1,22 +1,16 @@
-# panelry_add_test(NAME SOURCES file... [LIBS target...] [DEPENDS target...] [TIMEOUT seconds] [DESKTOP])
+# panelry_add_test(NAME SOURCES file... [LIBS target...] [DEPENDS target...] [DESKTOP])
 #
 # One test executable a folder: Qt Test classes that register themselves (tests/support/test.h), on the offscreen
 # platform, with warnings as errors. DESKTOP runs it under an X server of its own with a window manager.
 # DEPENDS names what must have been built although it isn't linked (modules, the shared library).
 function(panelry_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "DESKTOP" "TIMEOUT" "SOURCES;LIBS;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "DESKTOP" "" "SOURCES;LIBS;DEPENDS")
   add_executable(${name} ${arg_SOURCES})
   panelry_target(${name})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE panelry_test_support ${arg_LIBS})
   if(arg_DEPENDS)
     add_dependencies(${name} ${arg_DEPENDS})
-  endif()
-  if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 120)
-  endif()
-  if(PANELRY_SANITIZE)
-    math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 5")
   endif()
   set(suppressions "${PROJECT_SOURCE_DIR}/tests/suppressions")
   set(environment
@@ -30,5 +24,5 @@ function(panelry_add_test name)
     add_test(NAME ${name} COMMAND ${name})
     list(APPEND environment "QT_QPA_PLATFORM=offscreen")
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${environment}")
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${environment}")
 endfunction()

@@ -39,6 +39,13 @@ bool FlagOf(const QWidget* widget, const char* property)
     return widget && widget->property(property).toBool();
 }
 
+// A frame that is closing lives on for a turn of the event loop, without its module.
+bool IsOpen(const QPointer<QObject>& entry)
+{
+    const auto* const frame = qobject_cast<const ContainerWidget*>(entry.data());
+    return entry && (!frame || frame->GetModule());
+}
+
 void SetVisible(QObject* entry, bool visible)
 {
     if (auto* const widget = qobject_cast<QWidget*>(entry)) {
@@ -124,10 +131,10 @@ void ContainerManager::ClickedEntry(const QPointer<QObject>& entry, const panelr
     if (auto* const frame = qobject_cast<ContainerWidget*>(widget)) {
         TellCloneHandle(*frame);
     }
-    if (entry && message.command != -1) {
+    if (message.command != -1) {
         SendTo(entry, message.command, message.business);
     }
-    if (entry) {
+    if (IsOpen(entry)) {  // the panel may have closed itself
         widget->setVisible(m_visible);
     }
 }
@@ -150,7 +157,7 @@ void ContainerManager::ShowOrHide(int nComponentId, const panelry::OperateMessag
     if (nComponentId < 0) {
         ForEachOpen([&](const QPointer<QObject>& entry) {
             SendTo(entry, message.command, message.business);
-            if (entry && !IgnoresLockHide(entry)) {
+            if (IsOpen(entry) && !IgnoresLockHide(entry)) {
                 SetVisible(entry, m_visible);
             }
         });

@@ -208,7 +208,7 @@ bool ContainerWidget::event(QEvent* event)
         // A window manager or the end of the session may close a frame too: nobody may find it afterwards.
         LeaveManager();
     }
-    return QWidget::event(event);
+    return CQssWidget::event(event);
 }
 
 void ContainerWidget::showEvent(QShowEvent* event)
@@ -222,8 +222,7 @@ void ContainerWidget::showEvent(QShowEvent* event)
         const QPoint center = QGuiApplication::primaryScreen()->availableGeometry().center();
         move(center.x() - width() / 2, center.y() - height() / 2);
     }
-    setAttribute(Qt::WA_Mapped);
-    QWidget::showEvent(event);
+    CQssWidget::showEvent(event);
 }
 
 void ContainerWidget::OnCloneBtnClicked()

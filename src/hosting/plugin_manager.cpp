@@ -157,24 +157,38 @@ std::shared_ptr<ModuleBase> PluginManager::MakeModule(int moduleId, GroupId grou
 
 void PluginManager::RemoveModule(GroupId groupId, LinkKey linkKey, ModuleBase* module)
 {
-    m_placements.erase(module);
-    TablesChanged();
-    if (const auto key = m_links.find(linkKey); key != m_links.end()) {
-        if (const auto group = key->second.find(groupId); group != key->second.end()) {
-            // Out of the tables first, then destroyed: its destructor may send.
-            const auto entry = group->second.find(module);
-            const std::shared_ptr<ModuleBase> released = entry == group->second.end() ? nullptr : *entry;
-            if (released) {
-                group->second.erase(entry);
-                if (group->second.empty()) {
-                    m_linkStates[linkKey][groupId].clear();
-                }
-            }
-        }
+    TakeOutLinked(groupId, linkKey, module).reset();  // destroyed here, unless somebody holds it
+    if (!Hold(module)) {
+        m_placements.erase(module);  // of a parent that was never filed itself
     }
     std::vector<ModuleSet> released;
     RemoveSubModules(module, released);
     TablesChanged();
+}
+
+// Out of the tables first, then destroyed by the caller: its destructor may send.
+std::shared_ptr<ModuleBase> PluginManager::TakeOutLinked(GroupId groupId, LinkKey linkKey, ModuleBase* module)
+{
+    const auto key = m_links.find(linkKey);
+    if (key == m_links.end()) {
+        return nullptr;
+    }
+    const auto group = key->second.find(groupId);
+    if (group == key->second.end()) {
+        return nullptr;
+    }
+    const auto entry = group->second.find(module);
+    if (entry == group->second.end()) {
+        return nullptr;
+    }
+    std::shared_ptr<ModuleBase> taken = *entry;
+    m_placements.erase(module);
+    group->second.erase(entry);
+    if (group->second.empty()) {
+        m_linkStates[linkKey][groupId].clear();
+    }
+    TablesChanged();
+    return taken;
 }
 
 // Sub-modules of sub-modules go too: left behind, they would stand under the address of a dead parent.

@@ -117,6 +117,7 @@ private:
     void LoadLibrary(const std::string& path);
     std::shared_ptr<ModuleBase> MakeModule(int moduleId, GroupId groupId);
     const ModuleSet* FindGroup(LinkKey key, GroupId group) const;
+    std::shared_ptr<ModuleBase> TakeOutLinked(GroupId groupId, LinkKey linkKey, ModuleBase* module);
     void RemoveSubModules(ModuleBase* parent, std::vector<ModuleSet>& released);
     void TablesChanged();
 

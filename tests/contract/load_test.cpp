@@ -40,7 +40,7 @@ private Q_SLOTS:
         host.Settle();
         QCOMPARE(host.Ask(1008, "count"),
                  QStringLiteral("%1 threads %2 messages 0 faults").arg(threads).arg(threads * each / 3 * 2));
-        QVERIFY(host.End({"uninit", "exit 0"}));
+        QVERIFY(host.End({"uninit"}));
     }
 
     void ManyLivesLeaveNothingBehind()
@@ -69,7 +69,7 @@ private Q_SLOTS:
         }
         qInfo("%d KiB after 10 lives, %d KiB after %d", kilobytesAtTen, kilobytes, lives);
         QVERIFY(!kSoak || kSanitized || kilobytes - kilobytesAtTen <= 1024);
-        QVERIFY(host.End({"exit 0"}));
+        QVERIFY(host.End({}));
     }
 
     void RandomTextsHarmNoPanel()
@@ -96,7 +96,7 @@ private Q_SLOTS:
             QCOMPARE(lines.count(QString(panel) + " OnMessage 2 all"), 1);
         }
         QVERIFY(host.Ask(1001, "frame").startsWith("containerwidget 300x200"));
-        QVERIFY(host.End({"uninit", "exit 0"}));
+        QVERIFY(host.End({"uninit"}));
     }
 };
 

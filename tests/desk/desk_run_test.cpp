@@ -118,6 +118,9 @@ void DeskRunTest::whatIsTypedIsPlayed()
              Texts({"start", "callback:Init", "played", "sent:first", "callback:1 7 first", "note:second",
                     "sent:{\"operate\":\"show\"}", "callback:0 7 {\"operate\":\"show\"}", "stop:quit",
                     "callback:Uninit", "end"}));
+    // "at" counts from the typing, which came after "played".
+    QVERIFY(desk.lines[5].value(QStringLiteral("at")).toInt() >=
+            desk.lines[2].value(QStringLiteral("at")).toInt() + 50);
     QVERIFY2(desk.errors.startsWith(Text("stdin:2: unknown command \"note\"")), qPrintable(desk.errors));
     QVERIFY(desk.errors.contains(Text("destroyui")));  // the list
 }

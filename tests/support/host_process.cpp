@@ -47,6 +47,13 @@ HostProcess::~HostProcess()
     }
 }
 
+void HostProcess::Set(const QString& variable, const QString& value)
+{
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(variable, value);
+    m_process.setProcessEnvironment(environment);
+}
+
 void HostProcess::AddModules(const QString& name, const QString& fileName) const
 {
     const QString file = name + QStringLiteral(".so");
@@ -177,14 +184,24 @@ QString HostProcess::Ask(int id, const QString& question)
     return Await(key, true).section(key, 1);
 }
 
-bool HostProcess::End(const QStringList& commands)
+bool HostProcess::Dies()
 {
-    Do(commands);
     while (ReadMore(kDeadlineMs)) {
     }
     m_process.waitForFinished(kDeadlineMs);
     m_errors += m_process.readAllStandardError();
-    return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::NormalExit;
+    return m_process.state() == QProcess::NotRunning && m_process.exitStatus() == QProcess::CrashExit;
+}
+
+bool HostProcess::End(const QStringList& commands, int status)
+{
+    Do(commands);
+    Do(QStringLiteral("exit %1").arg(status));
+    if (!Dies() && m_process.state() == QProcess::NotRunning && Status() == status) {
+        return true;
+    }
+    qInfo("ended with %d, not %d:\n%s", Status(), status, Story().constData());
+    return false;
 }
 
 QByteArray HostProcess::Story() const

@@ -24,6 +24,8 @@ public:
     void AddModules(const QString& name, const QString& fileName = QString()) const;
     /// Writes a file, making its folder; the path is relative to the host's folder.
     void Write(const QString& path, const QByteArray& content) const;
+    /// Sets an environment variable of the host.
+    void Set(const QString& variable, const QString& value);
     QString Folder() const { return m_folder.path(); }
 
     bool Start(const QStringList& arguments = {});
@@ -45,9 +47,12 @@ public:
     /// What the modules of `id` answer to a question ("ask ..."), see tests/modules/reporter.cpp.
     QString Ask(int id, const QString& question);
 
-    /// Sends the commands and waits for the end of the process; true if it exited by itself.
-    bool End(const QStringList& commands);
-    /// The exit status, or the number of the signal that ended the host.
+    /// Sends the commands and then "exit"; true if the process ends by itself and with this status. A
+    /// sanitizer that found something makes it another one.
+    bool End(const QStringList& commands, int status = 0);
+    /// Waits for the end of the process; true if a signal ends it.
+    bool Dies();
+    /// The number of the signal that ended the host, or its exit status.
     int Status() const { return m_process.exitCode(); }
     QString Errors() const { return QString::fromUtf8(m_errors); }
     /// What a failed wait leaves to look at.

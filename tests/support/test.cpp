@@ -4,9 +4,11 @@
 #include <QRegularExpression>
 #include <QStringList>
 
-namespace panelry::test {
+namespace panelry::test
+{
 
-namespace {
+namespace
+{
 
 QMutex lock;  // warnings come from any thread
 QtMessageHandler previous = nullptr;

@@ -7,7 +7,8 @@
 #include <memory>
 #include <vector>
 
-namespace panelry::test {
+namespace panelry::test
+{
 
 /// The base of all test classes: a Qt warning that nobody announced fails the test function it came in.
 class Test : public QObject
@@ -28,7 +29,10 @@ std::vector<MakeTest>& RegisteredTests();
 
 template <class T>
 struct Registration {
-    Registration() { RegisteredTests().push_back([] { return std::make_unique<T>(); }); }
+    Registration()
+    {
+        RegisteredTests().push_back([] { return std::make_unique<T>(); });
+    }
 };
 
 }  // namespace panelry::test
