@@ -1,0 +1,168 @@
+#include "support/test.h"
+#include "watchlist/list_stage.h"
+
+using namespace panelry;
+using namespace panelry::test;
+
+namespace
+{
+
+constexpr int kLimit = 200;
+
+// "first/1 ... last/1", downward or upward.
+std::string Numbered(int first, int last)
+{
+    std::string words;
+    for (int i = first;; i += first < last ? 1 : -1) {
+        words += std::to_string(i) + "/1=" + (i == last ? "" : " ");
+        if (i == last) {
+            return words;
+        }
+    }
+}
+
+void Select(ListStage& stage, const std::string& words)
+{
+    for (StringMap& stock : Stocks(words)) {
+        stage.m_present->OnStockSelected(&stock);
+    }
+}
+
+}  // namespace
+
+Q_DECLARE_METATYPE(std::string)
+
+class LatestTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void Selecting_data()
+    {
+        QTest::addColumn<std::string>("file");      // how it was
+        QTest::addColumn<std::string>("selected");  // one after the other
+        QTest::addColumn<std::string>("expected");
+        const auto row = [](const char* name, const std::string& file, const std::string& selected,
+                            const std::string& expected) {
+            QTest::newRow(name) << file << selected << expected;
+        };
+        row("newest first", "", "1/1=one 2/1=two", "2/1=two 1/1=one");
+        row("once, under its newest name", "", "1/1=old 2/1=two 1/1=new", "1/1=new 2/1=two");
+        row("two markets, two entries", "", "1/1= 1/2=", "1/2= 1/1=");
+        row("absent keys are empty", "", "1", "1/=");
+        row("the oldest goes", "", Numbered(0, kLimit), Numbered(kLimit, 1));
+        row("a known one in a full list", Numbered(1, kLimit), "150/1=new",
+            "150/1=new " + Numbered(1, 149) + " " + Numbered(151, kLimit));
+        row("the last one in a full list", Numbered(1, kLimit), "200/1=new",
+            "200/1=new " + Numbered(1, kLimit - 1));
+        row("a file that is too long", Numbered(1, kLimit + 5), "0/1=", "0/1= " + Numbered(1, kLimit - 1));
+    }
+
+    void Selecting()
+    {
+        QFETCH(const std::string, file);
+        QFETCH(const std::string, selected);
+        QFETCH(const std::string, expected);
+        ListStage stage;
+        stage.Put(kUserFile, "[]");
+        stage.Put(kLatestFile, QByteArray::fromStdString(nlohmann::json(Stocks(file)).dump()));
+        QVERIFY(stage.Load());
+        Listener listener;
+        stage.Listen(kListenLatest, &listener);
+        Select(stage, selected);
+        QCOMPARE(listener.m_heard.size(), Stocks(selected).size() + 1);
+        QCOMPARE(listener.m_heard.back(), "8: " + expected);
+        stage.End();
+        QCOMPARE(stage.List(kLatestFile), expected);
+    }
+
+    void Payloads_data()
+    {
+        QTest::addColumn<QByteArray>("fromLatest");
+        QTest::addColumn<std::string>("expected");
+        QTest::newRow("picked from the list") << QByteArray("1") << std::string();
+        QTest::newRow("0") << QByteArray("0") << std::string("1/=");
+        QTest::newRow("empty") << QByteArray() << std::string("1/=");
+        QTest::newRow("true") << QByteArray("true") << std::string("1/=");
+    }
+
+    void Payloads()
+    {
+        QFETCH(const QByteArray, fromLatest);
+        QFETCH(const std::string, expected);
+        ListStage stage;
+        stage.Load();
+        stage.m_present->OnStockSelected(nullptr);
+        StringMap payload{
+            {"stockcode", "1"}, {"from_lastest", fromLatest.toStdString()}, {"note", "not kept"}};
+        const std::size_t keys = payload.size();
+        stage.m_present->OnStockSelected(&payload);
+        QCOMPARE(stage.Current(kListenLatest), expected);
+        QCOMPARE(payload.size(), expected.empty() ? keys : keys + 2);  // "market" and "stockname" came in
+    }
+
+    void AReusedEntryKeepsItsOtherKeys()
+    {
+        ListStage stage;
+        StockList full = Stocks(Numbered(1, kLimit));
+        full.back()["note"] = "kept";
+        stage.Put(kUserFile, "[]");
+        stage.Put(kLatestFile, QByteArray::fromStdString(nlohmann::json(full).dump()));
+        stage.Load();
+        Select(stage, "0/1=");
+        QCOMPARE(Words({Stocks(stage.Current(kListenLatest)).front()}), std::string("0/1=+note"));
+    }
+
+    // A listener that selects in its turn: each is told of the newest list last.
+    void AListenerMaySelect()
+    {
+        ListStage stage;
+        stage.Load();
+        Listener listeners[2];
+        for (Listener& listener : listeners) {
+            stage.Listen(kListenLatest, &listener);
+        }
+        listeners[0].m_then = [&] {
+            listeners[0].m_then = nullptr;
+            Select(stage, "2/1=");
+        };
+        Select(stage, "1/1=");
+        for (const Listener& listener : listeners) {
+            QCOMPARE(listener.m_heard.back(), std::string("8: 2/1= 1/1="));
+        }
+    }
+
+    void WhatIsntUtf8DoesntTakeTheOthersWithIt()
+    {
+        ListStage stage;
+        stage.Load();
+        Select(stage, "1/1=one 2/1=two");
+        StringMap gbk{{"stockcode", "3"}, {"market", "1"}, {"stockname", "\xC6\xD6"}};
+        stage.m_present->OnStockSelected(&gbk);
+        stage.End();
+        QCOMPARE(stage.List(kLatestFile), std::string("2/1=two 1/1=one"));
+    }
+
+    void AnOddFileCountsAsEmpty_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        for (const char* const file :
+             {"{}", "[1]", "[{\"stockcode\":1}]", "[{\"stockcode\":\"1\"}", "null"}) {
+            QTest::newRow(file) << QByteArray(file);
+        }
+    }
+
+    void AnOddFileCountsAsEmpty()
+    {
+        QFETCH(const QByteArray, file);
+        ListStage stage;
+        stage.Put(kUserFile, "[]");
+        stage.Put(kLatestFile, file);
+        QVERIFY(stage.Load());
+        QCOMPARE(stage.Current(kListenLatest), std::string());
+    }
+};
+
+PANELRY_TEST(LatestTest)
+
+#include "latest_test.moc"

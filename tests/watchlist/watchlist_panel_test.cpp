@@ -1,0 +1,225 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "support/test.h"
+#include "watchlist/fake_library.h"
+#include "watchlist/list_stage.h"
+#include "watchlist/stock_list_model.h"
+#include "watchlist/stock_list_view.h"
+#include "watchlist/watchlist_module.h"
+
+using namespace panelry;
+using namespace panelry::test;
+
+namespace
+{
+
+// A panel in front of a service with three stocks in the user's list and two latest ones.
+class PanelStage
+{
+public:
+    explicit PanelStage(const char* file = nullptr) : m_library(Prepared(m_lists, file))
+    {
+        InstanceInfo info;
+        info.module_id = kWatchlistPanelId;
+        m_module = std::make_unique<WatchlistModule>(info);
+        m_module->m_manager = &m_library;
+        m_module->Initialize(kWatchlistPanelId, "", "", R"({"init_param":null})");
+        Widget().show();
+    }
+
+    WatchlistWidget& Widget() const { return *static_cast<WatchlistWidget*>(m_module->GetWidget()); }
+    StockListView& View(WatchlistWidget::Tab tab = WatchlistWidget::kWatchlist) const
+    {
+        Widget().ShowTab(tab);
+        return *Widget().View(tab);
+    }
+    std::string Shown() const { return Words(Widget().Watchlist()->Stocks()); }
+    QPoint MiddleOf(int row) const { return View().visualRect(View().model()->index(row, 0)).center(); }
+
+    ListStage m_lists;
+    FakeLibrary m_library;
+    std::unique_ptr<WatchlistModule> m_module;
+
+private:
+    static WatchlistManagerPresent& Prepared(ListStage& lists, const char* file)
+    {
+        lists.Put(kUserFile, file ? file : "");
+        lists.Load();
+        if (!file) {
+            lists.Request(kAddStocks, "600000/16=a 000001/32=b 600519/16=c");
+            for (StringMap& stock : Stocks("9/16=nine 600000/16=a")) {
+                lists.m_present->OnStockSelected(&stock);
+            }
+        }
+        return *lists.m_present;
+    }
+};
+
+}  // namespace
+
+Q_DECLARE_METATYPE(std::string)
+
+class WatchlistPanelTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void APickTellsTheOtherPanels_data()
+    {
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<bool>("byMouse");
+        QTest::addColumn<std::string>("sent");
+        QTest::newRow("watchlist, Enter")
+            << int{WatchlistWidget::kWatchlist} << false << std::string("000001/32=b");
+        QTest::newRow("watchlist, mouse")
+            << int{WatchlistWidget::kWatchlist} << true << std::string("000001/32=b");
+        QTest::newRow("latest, Enter")
+            << int{WatchlistWidget::kLatest} << false << std::string("9/16=nine+from_lastest");
+    }
+
+    void APickTellsTheOtherPanels()
+    {
+        QFETCH(const int, tab);
+        QFETCH(const bool, byMouse);
+        QFETCH(const std::string, sent);
+        PanelStage stage;
+        StockListView& view = stage.View(static_cast<WatchlistWidget::Tab>(tab));
+        if (byMouse) {
+            QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(1));
+        } else {
+            view.SelectRow(1);
+            QTest::keyClick(&view, Qt::Key_Return);
+        }
+        QCOMPARE(Words(stage.m_library.m_selected), sent);
+        const bool fromLatest = tab == WatchlistWidget::kLatest;
+        QCOMPARE(Words(stage.Widget().Latest()->Stocks()),
+                 std::string(fromLatest ? "600000/16=a 9/16=nine" : "000001/32=b 600000/16=a 9/16=nine"));
+    }
+
+    void RowsAreMovedByKeyAndMouse_data()
+    {
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("to");
+        QTest::addColumn<bool>("byMouse");
+        QTest::addColumn<std::string>("expected");
+        const auto row = [](const char* name, int from, int to, bool byMouse, const char* expected) {
+            QTest::newRow(name) << from << to << byMouse << std::string(expected);
+        };
+        row("dragged down", 0, 2, true, "000001/32=b 600519/16=c 600000/16=a");
+        row("dragged up", 2, 0, true, "600519/16=c 600000/16=a 000001/32=b");
+        row("dragged back", 1, 1, true, "600000/16=a 000001/32=b 600519/16=c");
+        row("Alt+Down", 0, 1, false, "000001/32=b 600000/16=a 600519/16=c");
+        row("Alt+Up at the top", 0, -1, false, "600000/16=a 000001/32=b 600519/16=c");
+    }
+
+    void RowsAreMovedByKeyAndMouse()
+    {
+        QFETCH(const int, from);
+        QFETCH(const int, to);
+        QFETCH(const bool, byMouse);
+        QFETCH(const std::string, expected);
+        PanelStage stage;
+        StockListView& view = stage.View();
+        if (byMouse) {
+            const int beyondTheMiddle = to > from ? 3 : to < from ? -3 : 0;
+            QTest::mousePress(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(from));
+            for (const QPoint& at : {stage.MiddleOf(1) + QPoint(0, QApplication::startDragDistance()),
+                                     stage.MiddleOf(to) + QPoint(0, beyondTheMiddle)}) {
+                QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(view.viewport(), &move);
+            }
+            QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(to));
+        } else {
+            view.SelectRow(from);
+            QTest::keyClick(&view, to > from ? Qt::Key_Down : Qt::Key_Up, Qt::AltModifier);
+        }
+        QCOMPARE(stage.Shown(), expected);
+        QCOMPARE(stage.m_lists.List(kUserFile), expected);
+        QCOMPARE(view.Row(), std::max(to, 0));  // the moved row stays the current one
+    }
+
+    void DeleteRemovesAndLeavesTheNeighbourCurrent()
+    {
+        PanelStage stage;
+        StockListView& view = stage.View();
+        view.SelectRow(2);
+        QTest::keyClick(&view, Qt::Key_Delete);
+        QCOMPARE(stage.Shown(), std::string("600000/16=a 000001/32=b"));
+        QCOMPARE(view.Row(), 1);
+        for (int i = 0; i < 3; ++i) {
+            QTest::keyClick(&view, Qt::Key_Delete);
+        }
+        QCOMPARE(stage.m_lists.Text(kUserFile), QByteArray("[]"));
+        QVERIFY(stage.m_library.m_selected.empty());
+    }
+
+    void Adding_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<std::string>("added");
+        QTest::addColumn<bool>("warns");
+        QTest::newRow("Shanghai by its code")
+            << QStringLiteral("688981") << std::string(" 688981/16=") << false;
+        QTest::newRow("Shenzhen by its code")
+            << QStringLiteral("300750") << std::string(" 300750/32=") << false;
+        QTest::newRow("there already") << QStringLiteral("600519") << std::string() << true;
+        QTest::newRow("nothing") << QString() << std::string() << false;
+    }
+
+    void Adding()
+    {
+        QFETCH(const QString, typed);
+        QFETCH(const std::string, added);
+        QFETCH(const bool, warns);
+        PanelStage stage;
+        StringMap offered{{"stockcode", "1"}, {"market", "33"}, {"stockname", "offered"}};
+        stage.m_module->OnMessage(kStockSelected, &offered);
+        auto* const code = stage.Widget().findChild<QLineEdit*>(QStringLiteral("code"));
+        QCOMPARE(code->text(), QStringLiteral("1"));
+        code->selectAll();
+        QTest::keyClick(code, Qt::Key_Backspace);
+        QTest::keyClicks(code, typed);
+        QTest::keyClick(code, Qt::Key_Return);
+        QCOMPARE(stage.Shown(), "600000/16=a 000001/32=b 600519/16=c" + added);
+        QCOMPARE(stage.Widget().StatusText().contains(QStringLiteral("已在自选股中")), warns);
+        QCOMPARE(code->text(), QString());
+    }
+
+    void AnOfferedStockIsAddedWithOnePress()
+    {
+        PanelStage stage;
+        StringMap offered{{"stockcode", "1"}, {"market", "33"}, {"stockname", "one"}};
+        stage.m_module->OnMessage(kStockSelected, &offered);
+        stage.Widget().findChild<QPushButton*>(QStringLiteral("add"))->click();
+        QCOMPARE(stage.Shown(), std::string("600000/16=a 000001/32=b 600519/16=c 1/33=one"));
+        StringMap listed{{"stockcode", "000001"}, {"market", "32"}};
+        stage.m_module->OnMessage(kStockSelected, &listed);
+        QCOMPARE(stage.View().Row(), 1);
+        QVERIFY(stage.m_library.m_selected.empty());  // what comes in doesn't go out again
+    }
+
+    void APanelThatIsGoneHearsNothing()
+    {
+        for (const bool widgetFirst : {false, true}) {
+            PanelStage stage;
+            if (widgetFirst) {
+                delete stage.m_module->GetWidget();
+                stage.m_lists.Request(kAddStocks, "1/1");
+            }
+            stage.m_module.reset();
+            stage.m_lists.Request(kAddStocks, "2/2");
+        }
+    }
+
+    void ABrokenFileIsTold()
+    {
+        PanelStage stage("{}");
+        QVERIFY(stage.Widget().StatusText().contains(QStringLiteral("自选股文件有误")));
+    }
+};
+
+PANELRY_TEST(WatchlistPanelTest)
+
+#include "watchlist_panel_test.moc"
