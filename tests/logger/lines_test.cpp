@@ -1,0 +1,289 @@
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <clocale>
+#include <fstream>
+#include <thread>
+
+#include "stage.h"
+#include "support/test.h"
+
+using namespace log4z;
+using namespace panelry::test;
+using panelry::logger::Logger;
+
+namespace
+{
+
+// A line of the main logger whose bytes, its head included, are `length`.
+bool PushLineOf(LogerManager& manager, std::int32_t length)
+{
+    LogRecord* const record = manager.MakeRecord(0, Info, nullptr, 0);
+    std::fill(record->content + record->length, record->content + length, 'x');
+    record->length = length;
+    return manager.PushLine(record, nullptr, 0);
+}
+
+std::string HeadAt(LogerManager& manager, SetSurroundings& world, std::int64_t now)
+{
+    world.now = now;
+    LogRecord* const record = manager.MakeRecord(0, Debug, nullptr, 0);
+    std::string head(record->content, static_cast<std::size_t>(record->length));
+    manager.FreeRecord(record);
+    return head.substr(0, 25);
+}
+
+}  // namespace
+
+/// From a caller's text to the bytes in the file.
+class LinesTest : public Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { UseShanghaiTime(); }
+
+    void ADateIsRightWhateverTheClockDoes()
+    {
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        const auto head = [&](std::int64_t now) { return HeadAt(manager, world, now); };
+        QCOMPARE(head(At(2026, 11, 30, 23, 59, 59)), std::string("[2026-11-30 23:59:59.007]"));
+        QCOMPARE(head(At(2026, 12, 1)), std::string("[2026-12-01 00:00:00.007]"));
+        QCOMPARE(head(At(2026, 11, 30, 12, 5, 9)), std::string("[2026-11-30 12:05:09.007]"));  // set back
+        QCOMPARE(head(At(2028, 2, 28, 23, 59, 59) + 1), std::string("[2028-02-29 00:00:00.007]"));
+        QCOMPARE(head(At(1999, 1, 2, 3, 4, 5)), std::string("[1999-01-02 03:04:05.007]"));
+        world.millis = 999;
+        std::string other;
+        std::thread([&] { other = head(At(1999, 1, 2, 3, 4, 5)); }).join();  // a calendar of its own
+        QCOMPARE(other, std::string("[1999-01-02 03:04:05.999]"));
+    }
+
+    void AHeadNamesThreadLevelAndPlace_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("level");
+        QTest::addColumn<QByteArray>("tail");
+        QTest::newRow("slashes") << QByteArray("/a/b.d/c.cpp") << 0 << QByteArray("[TRACE][c.cpp:42] ");
+        QTest::newRow("backslashes") << QByteArray("x:\\a/b\\c.cpp") << 2 << QByteArray("[INFO ][c.cpp:42] ");
+        QTest::newRow("bare") << QByteArray("c.cpp") << 6 << QByteArray("[FATAL][c.cpp:42] ");
+        QTest::newRow("no file") << QByteArray() << 3 << QByteArray("[WARN ]");
+        QTest::newRow("a file name beyond the record") << QByteArray(9000, 'f') << 4 << QByteArray(":42] ");
+    }
+
+    void AHeadNamesThreadLevelAndPlace()
+    {
+        QFETCH(const QByteArray, file);
+        QFETCH(const int, level);
+        QFETCH(const QByteArray, tail);
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        LogRecord* const record =
+            manager.MakeRecord(0, level, file.isNull() ? nullptr : file.constData(), 42);
+        char thread[16];
+        std::snprintf(thread, sizeof thread, "][%04d][", ::gettid());
+        const QByteArray content(record->content, record->length);
+        QVERIFY2(content.contains(thread), content.constData());
+        QVERIFY2(content.endsWith(tail), content.constData());
+        QVERIFY(record->length <= static_cast<int>(kContentBytes));
+        QCOMPARE(record->time, At(2026, 11, 22, 21, 25, 58));
+        manager.SetFileLine(0, false);
+        LogRecord* const bare = manager.MakeRecord(0, level, "c.cpp", 42);
+        QCOMPARE(bare->content[bare->length - 1], ']');
+        QVERIFY(!QByteArray(bare->content, bare->length).contains("c.cpp"));
+        manager.FreeRecord(record);
+        manager.FreeRecord(bare);
+    }
+
+    void ALongLineIsCutAndKeepsItsEnd_data()
+    {
+        QTest::addColumn<int>("length");
+        QTest::addColumn<int>("inFile");
+        QTest::newRow("short") << 100 << 102;
+        QTest::newRow("longest whole") << 8189 << 8191;
+        QTest::newRow("one too long") << 8190 << 8191;
+        QTest::newRow("full record") << 8192 << 8191;
+    }
+
+    void ALongLineIsCutAndKeepsItsEnd()
+    {
+        QFETCH(const int, length);
+        QFETCH(const int, inFile);
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        QVERIFY(manager.Start());
+        QVERIFY(PushLineOf(manager, length));
+        QVERIFY(manager.Stop());
+        const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
+        const std::size_t start = text.rfind('\n', text.size() - 2) + 1;
+        QCOMPARE(static_cast<int>(text.size() - start), inFile);
+        QCOMPARE(text.substr(text.size() - 3), std::string("x\r\n"));
+    }
+
+    void OnlyLinesThatPassAreTaken()
+    {
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        const auto push = [&](int id, int level) {
+            return manager.PushLine(manager.MakeRecord(id, level, nullptr, 0), nullptr, 0);
+        };
+        QVERIFY(!manager.CanPush(0, Fatal));  // stopped
+        QVERIFY(!push(0, Fatal));
+        QVERIFY(manager.Start());
+        QVERIFY(manager.CanPush(0, Debug) && push(0, Debug));
+        QVERIFY(!manager.CanPush(0, Trace) && !push(0, Trace));
+        for (const int id : {-1, 1, 20, 2'000'000'000}) {
+            QVERIFY(!manager.CanPush(id, Fatal) && !push(id, Fatal));
+        }
+        const std::uint64_t before = manager.PushCount();
+        QVERIFY(push(0, Info));
+        QVERIFY(manager.SetName(0, "renamed"));  // a command counts as pushed, and not as popped
+        QCOMPARE(manager.PushCount(), before + 2);
+        QVERIFY(manager.Stop());
+        QCOMPARE(manager.PopCount(), manager.PushCount() - 1);
+        QCOMPARE(manager.WriteCount(), manager.PopCount());
+        QCOMPARE(manager.WriteBytes(), Contents("data/log/" + FilesIn("data/log").front()).size());
+    }
+
+    void ABacklogSlowsItsCallersDown_data()
+    {
+        QTest::addColumn<int>("backlog");
+        QTest::addColumn<int>("random");
+        QTest::addColumn<int>("slept");
+        QTest::newRow("at the limit") << 20000 << 0 << 0;
+        QTest::newRow("one above: the rate is still 0") << 20001 << 0 << 0;
+        QTest::newRow("rate 1") << 20200 << 0 << 1;
+        QTest::newRow("30000, luck") << 30000 << 50 << 0;
+        QTest::newRow("30000, no luck") << 30000 << 149 << 50;
+        QTest::newRow("twice the limit") << 40000 << 99 << 100;
+        QTest::newRow("no more than 100 ms") << 45000 << 99 << 100;
+    }
+
+    void ABacklogSlowsItsCallersDown()
+    {
+        QFETCH(const int, backlog);
+        QFETCH(const int, random);
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        // The worker hangs in the opening of a pipe that nobody reads.
+        const std::string pipe = FileName("Main", "202611222125");
+        QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
+        manager.SetPath(0, ".");
+        QVERIFY(manager.Start());
+        QTRY_COMPARE(manager.PopCount(), std::uint64_t(1));
+        for (int i = 0; i < backlog; ++i) {
+            PushLineOf(manager, 60);
+        }
+        world.random = static_cast<std::uint32_t>(random);
+        QVERIFY(manager.CanPush(0, Info));
+        QTEST(world.slept.load(), "slept");
+        std::thread reader([&] { Contents(pipe); });
+        manager.Stop();
+        reader.join();
+        QCOMPARE(manager.PopCount(), static_cast<std::uint64_t>(backlog) + 2);
+    }
+
+    void AcceptedLinesSurviveAStop()
+    {
+        const Stage stage;
+        LogerManager manager;
+        QVERIFY(manager.Start());
+        const Logger log(0, manager);
+        std::atomic<int> accepted{0};
+        std::vector<std::thread> producers;
+        for (int i = 0; i < 4; ++i) {
+            producers.emplace_back([&] {
+                while (log.Write(Info, "line")) {
+                    ++accepted;
+                }
+            });
+        }
+        QTRY_VERIFY(accepted > 1000);
+        QVERIFY(manager.Stop());
+        for (std::thread& producer : producers) {
+            producer.join();
+        }
+        QCOMPARE(static_cast<int>(TextsOf("Main").size()), accepted.load());
+    }
+
+    void PartsBecomeText()
+    {
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        manager.SetLevel(0, Info);
+        QVERIFY(manager.Start());
+        const Logger log(0, manager);
+        std::setlocale(LC_ALL, "de_DE.UTF-8");
+        const char* const null = nullptr;
+        const std::string letter("b");
+        const int line = __LINE__ + 1;
+        const bool written = log.Write(Warn, 'a', letter, -5, ' ', ~0ULL, 1688.25, true, null, Alarm);
+        QVERIFY(written && log.Write(Warn, [] { return "made"; }));
+        bool called = false;
+        QVERIFY(!log.Write(Debug, [&] { return called = true; }));
+        QVERIFY(!called);
+        std::setlocale(LC_ALL, "C");
+        QVERIFY(manager.Stop());
+        const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
+        const std::string wanted = "[WARN ][lines_test.cpp:" + std::to_string(line) +
+                                   "] ab-5 184467440737095516151688.25true(null)5\r\n";
+        QVERIFY2(text.find(wanted) != std::string::npos, text.c_str());
+        QVERIFY2(text.find("] made\r\n") != std::string::npos, text.c_str());
+    }
+
+    void WithoutATerminalOnlyTraceAndDebugAreShown()
+    {
+        const Stage stage;
+        SetSurroundings world;
+        const std::string printed = Printed([&] {
+            LogerManager manager(world);
+            manager.SetFileLine(0, false);
+            manager.Start();
+            const Logger log(0, manager);
+            for (const Level level : {Trace, Debug, Info, Error, Fatal}) {
+                log.Write(level, "shown");
+            }
+            manager.SetDisplay(0, false);
+            log.Write(Debug, "hidden");
+            manager.Stop();
+        });
+        QVERIFY2(printed.find("][DEBUG]shown\r\n") != std::string::npos, printed.c_str());
+        QCOMPARE(std::count(printed.begin(), printed.end(), '\n'), std::ptrdiff_t(1));
+    }
+
+    void ConsoleColoursAreForTerminals_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<QByteArray>("onTerminal");
+        QTest::addColumn<QByteArray>("inPipe");
+        QTest::newRow("trace") << 0 << QByteArray("text") << QByteArray("text");
+        QTest::newRow("debug") << 1 << QByteArray("text") << QByteArray("text");
+        QTest::newRow("info") << 2 << QByteArray("\x1b[36mtext\x1b[0m") << QByteArray();
+        QTest::newRow("warn") << 3 << QByteArray("\x1b[33mtext\x1b[0m") << QByteArray();
+        QTest::newRow("error") << 4 << QByteArray("\x1b[31mtext\x1b[0m") << QByteArray();
+        QTest::newRow("alarm") << 5 << QByteArray("\x1b[32mtext\x1b[0m") << QByteArray();
+        QTest::newRow("fatal") << 6 << QByteArray("\x1b[35mtext\x1b[0m") << QByteArray();
+        QTest::newRow("beyond") << 7 << QByteArray("text") << QByteArray("text");
+    }
+
+    void ConsoleColoursAreForTerminals()
+    {
+        QFETCH(const int, level);
+        const auto show = [&] {
+            panelry::logger::Console console;
+            console.Refresh();
+            console.Show("text", level);
+        };
+        QTEST(QByteArray::fromStdString(Printed(show, true)), "onTerminal");
+        QTEST(QByteArray::fromStdString(Printed(show, false)), "inPipe");
+    }
+};
+PANELRY_TEST(LinesTest)
+
+#include "lines_test.moc"

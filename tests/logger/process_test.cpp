@@ -1,0 +1,171 @@
+// What must hold for a whole process: its crash, its end, two lives of the library in it, and a day's load.
+
+#include <signal.h>
+
+#include <QProcess>
+#include <map>
+#include <sstream>
+#include <thread>
+
+#include "stage.h"
+#include "support/test.h"
+
+using namespace log4z;
+using namespace panelry::test;
+using panelry::logger::Logger;
+
+namespace
+{
+
+constexpr int kVictimLines = 5000;
+
+std::vector<std::string> NumbersUpTo(int count)
+{
+    std::vector<std::string> numbers;
+    for (int i = 0; i < count; ++i) {
+        numbers.push_back(std::to_string(i));
+    }
+    return numbers;
+}
+
+// Reads "thread number payload" and checks that each thread counts on by one.
+void CheckInOrder(const std::vector<std::string>& lines, int threads, int linesAThread)
+{
+    std::map<int, int> next;
+    for (const std::string& line : lines) {
+        std::istringstream parts(line);
+        int thread = -1;
+        int number = -1;
+        std::string payload;
+        parts >> thread >> number >> payload;
+        QCOMPARE(number, next[thread]++);
+        QCOMPARE(payload, std::string(static_cast<std::size_t>(number % 97), '#') + ".");
+    }
+    QCOMPARE(static_cast<int>(next.size()), threads);
+    for (const auto& [thread, count] : next) {
+        QCOMPARE(count, linesAThread);
+    }
+}
+
+}  // namespace
+
+class ProcessTest : public Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void ACrashWritesWhatIsQueued_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("null") << SIGSEGV;
+        QTest::newRow("abort") << SIGABRT;
+        QTest::newRow("overflow") << SIGSEGV;
+        QTest::newRow("sent") << SIGBUS;
+        QTest::newRow("worker") << SIGFPE;
+        QTest::newRow("busy") << SIGABRT;
+    }
+
+    void ACrashWritesWhatIsQueued()
+    {
+        QFETCH(const int, signal);
+        const Stage stage;
+        QProcess victim;
+        RunVictim(victim, QTest::currentDataTag());
+        QCOMPARE(victim.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(victim.exitCode(), signal);
+        std::vector<std::string> texts = TextsOf("Main", "log");
+        std::erase(texts, "noise");
+        QCOMPARE(texts, NumbersUpTo(kVictimLines));
+    }
+
+    void TheEndOfAProcess_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("texts");
+        QTest::newRow("exit") << QList<QByteArray>{"before the end"};
+        QTest::newRow("lives") << QList<QByteArray>{"first", "second"};
+        QTest::newRow("off") << QList<QByteArray>{};
+    }
+
+    void TheEndOfAProcess()
+    {
+        QFETCH(const QList<QByteArray>, texts);
+        const Stage stage;
+        for (int i = 0; i < 20; ++i) {
+            WriteOldFile("data/log/" + std::to_string(i), At(2000, 1, 1 + i));
+        }
+        QProcess victim;
+        RunVictim(victim, QTest::currentDataTag());
+        QCOMPARE(victim.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(victim.exitCode(), 0);
+        QList<QByteArray> found;
+        for (const std::string& text : TextsOf("Main", "log")) {
+            found.append(QByteArray::fromStdString(text));
+        }
+        QCOMPARE(found, texts);
+        QVERIFY(FilesIn("data/log").size() <= 14);
+    }
+
+    void AModulesTextIsHarmless()
+    {
+        const Stage stage;
+        QProcess victim;
+        RunVictim(victim, "module");
+        QCOMPARE(victim.exitCode(), 0);
+        const std::string text = Contents("log/" + FilesIn("log").front());
+        QVERIFY2(text.find("[WARN ]100% %d %s %n % %\r\n") != std::string::npos, text.c_str());
+        QVERIFY(text.find("never") == std::string::npos);
+        QVERIFY(text.find(std::string(7000, 'y')) != std::string::npos);
+        QCOMPARE(text.substr(text.size() - 3), std::string("y\r\n"));
+    }
+
+    void EachLineOnceWholeAndInOrder()
+    {
+        const int threads = 8;
+        const int linesAThread = qEnvironmentVariableIntValue("PANELRY_SOAK") != 0 ? 125'000 : 10'000;
+        const Stage stage;
+        LogerManager manager;
+        manager.SetPath(0, "logs");  // not where Stop() clears
+        manager.SetLimitSize(0, 1);
+        manager.SetDisplay(0, false);
+        QVERIFY(manager.Start());
+        std::vector<std::thread> producers;
+        for (int thread = 0; thread < threads; ++thread) {
+            producers.emplace_back([&, thread] {
+                const Logger log(0, manager);
+                for (int i = 0; i < linesAThread; ++i) {
+                    log.Write(Info, thread, ' ', i, ' ', std::string(static_cast<std::size_t>(i % 97), '#'),
+                              '.');
+                }
+            });
+        }
+        for (std::thread& producer : producers) {
+            producer.join();
+        }
+        QVERIFY(manager.Stop());
+        const std::vector<std::string> files = FilesIn("logs");
+        QVERIFY(files.size() > 5);
+        for (const std::string& file : files) {
+            QVERIFY(Contents("logs/" + file).size() < 1024 * 1024 + 400);  // the limit and a line
+        }
+        CheckInOrder(TextsOf("Main", "logs"), threads, linesAThread);
+    }
+
+private:
+    static void RunVictim(QProcess& victim, const char* fate)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* const tool : {"ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"}) {
+            const QString name = QString::fromLatin1(tool);
+            environment.insert(
+                name, environment.value(name) +
+                          QStringLiteral(":handle_segv=0:handle_abort=0:handle_sigbus=0:handle_sigfpe=0"));
+        }
+        victim.setProcessEnvironment(environment);
+        victim.start(QStringLiteral(LOGGER_VICTIM), {QString::fromLatin1(fate)});
+        QVERIFY(victim.waitForFinished(60'000));
+        QVERIFY2(victim.error() != QProcess::FailedToStart, LOGGER_VICTIM);
+    }
+};
+PANELRY_TEST(ProcessTest)
+
+#include "process_test.moc"
