@@ -14,11 +14,22 @@ set(public_headers
   hosting/module_manager_spi.h
   hosting/sdk_version.h
   hosting/widget_properties.h
+  services/host_table.h
+  services/interval_timer.h
   services/module_base.h
   services/module_info.h
+  services/quote_observer.h
+  services/quote_provider.h
+  services/quote_records.h
   services/records.h
   services/resource_manager.h
-  services/virtual_enable_shared_from_this.h)
+  services/trade_observer.h
+  services/trade_provider.h
+  services/trade_records.h
+  services/virtual_enable_shared_from_this.h
+  watchlist/watchlist_listener.h
+  watchlist/watchlist_request.h
+  watchlist/watchlist_subscription.h)
 foreach(header IN LISTS public_headers)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES "${PROJECT_SOURCE_DIR}/src/${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/panelry/${folder}"

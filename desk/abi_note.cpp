@@ -19,6 +19,18 @@ constexpr char kNoteName[] = "Panelry";  // the NUL at its end is part of it
 constexpr std::uint32_t kNoteType = 1;
 constexpr std::uint64_t kLargestNotes = 1 << 20;  // of a broken file, not of a real one
 
+/// Only a real file is opened: a pipe would hold up the reader. The stream fails for all others.
+std::ifstream Open(const std::filesystem::path& path)
+{
+    std::ifstream file;
+    if (std::filesystem::is_regular_file(path)) {
+        file.open(path, std::ios::binary);
+    } else {
+        file.setstate(std::ios::failbit);
+    }
+    return file;
+}
+
 /// A value of type T at `offset` of the file.
 template <class T>
 std::optional<T> ReadAt(std::ifstream& file, std::uint64_t offset)
@@ -95,7 +107,7 @@ std::map<std::string_view, std::string_view> FieldsOf(std::string_view note)
 
 std::optional<std::string> ReadAbiNote(const std::filesystem::path& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = Open(path);
     const auto header = ReadAt<ElfW(Ehdr)>(file, 0);
     if (!header || !IsOfThisMachine(*header)) {
         return std::nullopt;
@@ -115,7 +127,7 @@ std::optional<std::string> ReadAbiNote(const std::filesystem::path& path)
 
 bool IsElf(const std::filesystem::path& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file = Open(path);
     char magic[SELFMAG] = {};
     return file.read(magic, sizeof magic) && std::memcmp(magic, ELFMAG, SELFMAG) == 0;
 }

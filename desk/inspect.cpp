@@ -20,6 +20,9 @@ constexpr char kModuleDirectory[] = "adsplugins";
 
 void Print(const std::vector<Finding>& findings, std::ostream& out)
 {
+    if (findings.empty()) {
+        out << "  nothing is there\n";
+    }
     std::size_t widest = 0;
     for (const Finding& finding : findings) {
         widest = std::max(widest, finding.subject.size());

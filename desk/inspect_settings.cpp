@@ -71,8 +71,11 @@ void InspectFile(const fs::path& hostDirectory, const char* name, std::vector<Fi
         findings.push_back({name, "missing", "none is needed", false});
         return;
     }
-    std::ifstream file(path, std::ios::binary);
-    if (!fs::is_regular_file(status) || !file) {
+    std::ifstream file;
+    if (fs::is_regular_file(status)) {  // a pipe would hold up the reader
+        file.open(path, std::ios::binary);
+    }
+    if (!file.is_open()) {
         findings.push_back({name, "missing", "is there, but can't be read as a file: not used", true});
         return;
     }

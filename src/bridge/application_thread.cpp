@@ -13,6 +13,7 @@
 #include "bridge/message_road.h"
 #include "hosting/container_manager.h"
 #include "hosting/plugin_manager.h"
+#include "logger/deployment.h"
 #include "resources/embedded.h"
 
 namespace panelry::bridge
@@ -74,6 +75,21 @@ void LoadFonts()
     QApplication::setFont(font);
 }
 
+// The log of one life, for deployments that name a configuration file: from before the modules load until the
+// application thread has let go of everything.
+class LogSession
+{
+public:
+    explicit LogSession(const ConfigStore& settings)
+    {
+        panelry::logger::BeginLogging(settings.Read("log_config", "system"),
+                                      settings.Read("log_crash_guard", "system") == "1");
+    }
+    ~LogSession() { panelry::logger::EndLogging(); }
+    LogSession(const LogSession&) = delete;
+    LogSession& operator=(const LogSession&) = delete;
+};
+
 void OnAboutToQuit(QTimer* keepAlive)
 {
     delete keepAlive;  // stops it
@@ -105,6 +121,8 @@ void ApplicationThreadMain(std::int32_t /*type*/, std::int32_t /*id*/,
     if (settings.Read("load_font", "system") != "0") {
         LoadFonts();
     }
+
+    const LogSession log(settings);
 
     auto* const keepAlive = new QTimer;
     QObject::connect(keepAlive, &QTimer::timeout, [] { QCoreApplication::processEvents(); });

@@ -6,7 +6,9 @@
 #include "hosting/message_ids.h"
 #include "hosting/plugin_manager.h"
 #include "hosting/plugin_manager_spi.h"
+#include "logger/deployment.h"
 #include "services/module_base.h"
+#include "watchlist/watchlist_manager.h"
 
 void PluginManager::SendModuleMessage(int msgId, void* payload, ModuleBase* sender, int targetModuleId)
 {
@@ -22,15 +24,23 @@ void PluginManager::SendModuleMessage(int msgId, void* payload, ModuleBase* send
     }
 }
 
-// True for the ids that end here; without a container layer its ids are dropped.
+// Serves what is for the library or the host. True for the ids that end here; without a container layer its ids are dropped.
 bool PluginManager::ServedBySystem(int msgId, void* payload)
 {
     using namespace panelry;
     switch (msgId) {
         case kRegisterHotKey:
         case kUnregisterHotKey:
+            return true;  // requests to a service of the library, never for other modules; it isn't there yet
         case kWatchlistRequest:
-            return true;  // requests to services of the library, never for other modules; none listens yet
+            if (payload) {
+                WatchlistManager::Instance(true)->OnMessage(msgId, payload);
+            }
+            return true;
+        case kStockSelected:
+            // First of all receivers, and it may add keys to the payload, which the others then see.
+            WatchlistManager::Instance(true)->OnMessage(msgId, payload);
+            return false;
         case kLinkedAsStock:
             if (m_spi) {
                 m_spi->HandleLinkedMessage(payload, kStockSelected);  // under that number, not its own
@@ -183,9 +193,9 @@ void PluginManager::MergeLinkState(GroupId groupId, LinkKey linkKey, const Strin
     }
 }
 
-void PluginManager::WriteModuleLog(int /*level*/, const char* /*text*/)
+void PluginManager::WriteModuleLog(int level, const char* text)
 {
-    // No logger runs in the library, and one that doesn't run writes nothing.
+    panelry::logger::WriteModuleText(level, text);
 }
 
 PluginManager::Receivers PluginManager::SubModulesOf(ModuleBase* parent) const

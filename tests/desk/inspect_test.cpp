@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -134,8 +135,10 @@ void InspectTest::entriesThatAreNoModules()
     const QString inside = WriteFile(host, QStringLiteral("adsplugins/folder.so/x"), "");
     QVERIFY(symlink("nowhere", qPrintable(host.filePath(QStringLiteral("adsplugins/lost.so")))) == 0);
     QVERIFY(symlink("loop.so", qPrintable(host.filePath(QStringLiteral("adsplugins/loop.so")))) == 0);
+    QVERIFY(mkfifo(qPrintable(host.filePath(QStringLiteral("adsplugins/pipe"))), 0600) == 0);
     int status = -1;
     QString report = Inspect(host.path(), status);
+    QCOMPARE(VerdictsOn(report, QStringLiteral("pipe")), Texts({"skipped doesn't end in \".so\""}));
     QCOMPARE(VerdictsOn(report, QStringLiteral("folder.so")), Texts({"skipped is a directory"}));
     QCOMPARE(VerdictsOn(report, QStringLiteral("lost.so")), Texts({"!skipped is a link that leads nowhere"}));
     QVERIFY2(VerdictsOn(report, QStringLiteral("loop.so"))
