@@ -1,0 +1,269 @@
+// Watchlist files of any content, and requests on them, against a plain model: one document that is searched
+// from the front.
+//
+// An input is the user's file up to the first NUL, the file of the latest stocks up to the second, and steps
+// of four bytes: what to do, the code and the market of the stock, a number.
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "watchlist/watchlist_manager_present.h"
+
+namespace
+{
+
+using Json = nlohmann::json;
+using panelry::StockList;
+
+constexpr char kUserFile[] = "userconfig/Watchlist.json";
+constexpr char kLatestFile[] = "userconfig/Lastestlist.json";
+constexpr std::size_t kLatestLimit = 200;
+
+void Check(bool holds, const char* what)
+{
+    if (!holds) {
+        std::fprintf(stderr, "watchlist_fuzz: %s\n", what);
+        std::abort();
+    }
+}
+
+std::string TextOf(const char* path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    std::stringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+// What an operation throws, in words; empty if nothing.
+template <class Operation>
+std::string Thrown(Operation operation)
+{
+    try {
+        operation();
+        return {};
+    } catch (const Json::exception& exception) {
+        return exception.what();
+    }
+}
+
+// A list as the service should keep it, without any cleverness.
+class Model
+{
+public:
+    explicit Model(Json list) : m_list(std::move(list)) {}
+
+    void Add(const StringMap& item)
+    {
+        if (Find(item) == m_list.end()) {
+            m_list.push_back(Json(item));
+        }
+    }
+    void Remove(const StringMap& item)
+    {
+        const auto found = Find(item);
+        if (found != m_list.end()) {
+            m_list.erase(found);
+        }
+    }
+    void Move(int from, int to)
+    {
+        const int size = static_cast<int>(m_list.size());
+        if (m_list.is_array() && from >= 0 && to >= 0 && from < size && to < size) {
+            Json moved = m_list.at(static_cast<std::size_t>(from));
+            m_list.erase(m_list.begin() + from);
+            m_list.insert(m_list.begin() + to, std::move(moved));
+        }
+    }
+    bool Contains(const StringMap& item) { return Find(item) != m_list.end(); }
+    StockList Stocks() const { return m_list.get<StockList>(); }
+    std::string Text() const { return m_list.dump(4); }
+
+private:
+    Json::iterator Find(const StringMap& item)
+    {
+        for (auto element = m_list.begin(); element != m_list.end(); ++element) {
+            const Json& stock = *element;
+            if (!stock.is_object()) {
+                static_cast<void>(stock["stockcode"]);  // throws
+            }
+            if (stock.contains("stockcode") && stock.contains("market") &&
+                stock["stockcode"] == item.at("stockcode") && stock["market"] == item.at("market")) {
+                return element;
+            }
+        }
+        return m_list.end();
+    }
+
+    Json m_list;
+};
+
+class Listener : public WatchlistListener
+{
+public:
+    void OnWatchlistEvent(int, const void* list) override { m_list = *static_cast<const StockList*>(list); }
+    StockList m_list;
+};
+
+// The service and the model, side by side.
+class Comparison
+{
+public:
+    Comparison(const std::string& userText, const std::string& latestText)
+    {
+        std::ofstream(kUserFile, std::ios::binary) << userText;
+        std::ofstream(kLatestFile, std::ios::binary) << latestText;
+        m_present = std::make_unique<WatchlistManagerPresent>();
+        m_loaded = m_present->Load();
+        m_model = std::make_unique<Model>(m_loaded ? Document(userText) : Json::array());
+        m_fileText = userText;
+    }
+
+    void Step(int act, const StringMap& stock, int number)
+    {
+        if (act % 8 == 5) {
+            Select(stock);
+            return;
+        }
+        WatchlistRequest request;
+        request.cmd = act % 8;
+        request.items = {stock};
+        request.found = {false};
+        request.from = number % 16 - 1;
+        request.to = number / 16 - 1;
+        request.listener = nullptr;
+        bool found = false;
+        const std::string expected = Thrown([&] { found = StepModel(request); });
+        Check(Thrown([&] { m_present->HandleRequest(request); }) == expected, "another exception");
+        Check(request.found[0] == found, "another answer");
+        const bool saves = request.cmd <= panelry::kMoveStock && expected.empty();
+        if (saves) {
+            Thrown([&] { m_fileText = m_model->Text(); });
+        }
+        Check(TextOf(kUserFile) == m_fileText, "another file");
+        CompareLists();
+    }
+
+    void End()
+    {
+        const std::size_t latest = Latest().size();
+        Check(latest <= kLatestLimit, "too many latest stocks");
+        m_present.reset();
+        const Json written = Json::parse(TextOf(kLatestFile));
+        Check(written.is_array() && written.size() <= latest, "another number of latest stocks");
+    }
+
+private:
+    static Json Document(const std::string& text)
+    {
+        std::istringstream stream(text);
+        Json document;
+        stream >> document;
+        return document;
+    }
+
+    bool StepModel(const WatchlistRequest& request)
+    {
+        switch (request.cmd) {
+            case panelry::kAddStocks:
+                m_model->Add(request.items[0]);
+                return false;
+            case panelry::kRemoveStocks:
+                m_model->Remove(request.items[0]);
+                return false;
+            case panelry::kMoveStock:
+                m_model->Move(request.from, request.to);
+                return false;
+            case panelry::kTestStocks:
+                return m_model->Contains(request.items[0]);
+            default:
+                return false;
+        }
+    }
+
+    void CompareLists()
+    {
+        StockList expected;
+        Listener listener;
+        WatchlistRequest request;
+        request.cmd = panelry::kListenWatchlist;
+        request.listener = &listener;
+        const std::string modelThrows = Thrown([&] { expected = m_model->Stocks(); });
+        Check(Thrown([&] { m_present->HandleRequest(request); }) == modelThrows,
+              "another exception for a listener");
+        Check(listener.m_list == expected, "another list");
+        request.cmd = panelry::kUnlistenWatchlist;
+        m_present->HandleRequest(request);
+    }
+
+    void Select(StringMap stock)
+    {
+        m_present->OnStockSelected(&stock);
+        const StockList latest = Latest();
+        Check(!latest.empty() && latest.front().at("stockcode") == stock.at("stockcode"), "not in front");
+        Check(stock.contains("stockname"), "a key is missing");
+    }
+
+    StockList Latest()
+    {
+        Listener listener;
+        WatchlistRequest request;
+        request.cmd = panelry::kListenLatest;
+        request.listener = &listener;
+        m_present->HandleRequest(request);
+        request.cmd = panelry::kUnlistenLatest;
+        m_present->HandleRequest(request);
+        return listener.m_list;
+    }
+
+    std::unique_ptr<WatchlistManagerPresent> m_present;
+    std::unique_ptr<Model> m_model;
+    std::string m_fileText;
+    bool m_loaded = false;
+};
+
+std::string CutAtNul(std::string_view& rest)
+{
+    const std::size_t end = rest.find('\0');
+    const std::string part(rest.substr(0, end));
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    return part;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+{
+    char directory[] = "/dev/shm/watchlist_fuzz_XXXXXX";  // each save waits for the disk elsewhere
+    Check(mkdtemp(directory) != nullptr, "no directory");
+    std::filesystem::current_path(directory);
+    std::filesystem::create_directory("userconfig");
+    std::atexit([] { std::filesystem::remove_all(std::filesystem::current_path()); });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    constexpr std::size_t kStep = 4;
+    constexpr int kMostSteps = 50;  // each writes a file
+    std::string_view rest(reinterpret_cast<const char*>(data), size);
+    const std::string userText = CutAtNul(rest);
+    const std::string latestText = CutAtNul(rest);
+    Comparison comparison(userText, latestText);
+    for (int step = 0; step < kMostSteps && rest.size() >= kStep; ++step, rest.remove_prefix(kStep)) {
+        const StringMap stock{{"stockcode", std::string(1, rest[1])}, {"market", std::string(1, rest[2])}};
+        comparison.Step(static_cast<unsigned char>(rest[0]), stock, static_cast<unsigned char>(rest[3]));
+    }
+    comparison.End();
+    return 0;
+}
