@@ -7,6 +7,7 @@
 // and one receiver.
 
 #include <dlfcn.h>
+#include <sched.h>
 
 #include <QCoreApplication>
 #include <QMetaType>
@@ -41,6 +42,27 @@ constexpr std::int32_t kOperate = 0;
 constexpr std::int32_t kPush = 1;
 constexpr std::int32_t kAll = -1;
 constexpr std::int32_t kCounterId = 1;
+
+// Keeps the calling thread on one processor: the senders on one, all receivers on another. Waking a thread costs
+// three times as much from one placement to the next, and the scheduler stays with the one it has found.
+enum class Processor : unsigned { Sender, Receivers };
+void KeepOn(Processor processor)
+{
+    static const cpu_set_t allowed = [] {
+        cpu_set_t set;
+        sched_getaffinity(0, sizeof set, &set);
+        return set;
+    }();
+    auto rest = static_cast<unsigned>(processor) % static_cast<unsigned>(CPU_COUNT(&allowed));
+    std::size_t number = 0;
+    while (!CPU_ISSET(number, &allowed) || rest-- > 0) {
+        ++number;
+    }
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(number, &one);
+    sched_setaffinity(0, sizeof one, &one);
+}
 
 // How the receiving end says that all is there, and when.
 struct Arrival {
@@ -101,6 +123,13 @@ public:
         quit();
         wait();
     }
+
+private:
+    void run() override
+    {
+        KeepOn(Processor::Receivers);
+        exec();
+    }
 };
 
 class Bare
@@ -156,6 +185,7 @@ private:
             std::uint64_t count = 0;
             std::from_chars(text, text + std::strlen(text), count);
             s_arrival.Tell(count);
+            KeepOn(Processor::Receivers);
         }
     }
 
@@ -241,6 +271,7 @@ int main(int argc, char* argv[])
             stdout);
         return 0;
     }
+    KeepOn(Processor::Sender);
     Host host(argv[1]);
     // After the library: the first QObject of a process decides which thread Qt takes for the main one.
     BareThread thread;
