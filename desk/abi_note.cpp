@@ -23,7 +23,8 @@ constexpr std::uint64_t kLargestNotes = 1 << 20;  // of a broken file, not of a 
 std::ifstream Open(const std::filesystem::path& path)
 {
     std::ifstream file;
-    if (std::filesystem::is_regular_file(path)) {
+    std::error_code ignored;
+    if (std::filesystem::is_regular_file(path, ignored)) {
         file.open(path, std::ios::binary);
     } else {
         file.setstate(std::ios::failbit);
