@@ -90,8 +90,9 @@ void QuoteBoardWidget::ShowResult(const QuoteBook::Result& result)
     }
     if (!result.problems.isEmpty()) {
         const int more = result.problems.size() - 1;
-        m_status->Warn(more == 0 ? result.problems.first()
-                                 : QStringLiteral("%1（另有 %2 处）").arg(result.problems.first()).arg(more));
+        const QString first = result.problems.first();
+        m_status->Warn(more == 0 ? first
+                                 : QStringLiteral("%1（另有 %2 处）").arg(first, QString::number(more)));
     }
 }
 

@@ -72,12 +72,6 @@ void QuoteDetailView::SetFace(const QuoteFace& face)
     m_face = face;
 }
 
-void QuoteDetailView::Clear()
-{
-    m_empty = true;
-    update();
-}
-
 QSize QuoteDetailView::sizeHint() const
 {
     return minimumSizeHint() + QSize(fontMetrics().averageCharWidth() * 2, 0);

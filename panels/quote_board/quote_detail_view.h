@@ -23,8 +23,6 @@ public:
 
     void SetColors(const QuoteColors& colors);
     void SetFace(const QuoteFace& face);
-    /// No stock: says that quotes are awaited.
-    void Clear();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -84,8 +84,8 @@ private Q_SLOTS:
         QVERIFY(!board.Widget()->StatusText().contains(QStringLiteral("quotes")));
         board.Push(R"({"notice":"to this one"})");
         QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("quotes")));
-        board.Push(R"({"quotes":[{"code":"600519","last":"?"},{"code":"000001","last":"?"}]})");
-        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("600519 最新价“?”")));
+        board.Push(R"({"quotes":[{"code":"600519","last":"%2"},{"code":"000001","last":"?"}]})");
+        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("600519 最新价“%2”")));
         QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("另有 1 处")));
         Send(*board.module, panelry::kPushData, nullptr);
         QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("JSON")));
