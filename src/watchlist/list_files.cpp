@@ -40,10 +40,11 @@ ListFiles ListFiles::Here()
 
 std::optional<nlohmann::json> ReadList(const std::string& path)
 {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) {  // a pipe would hold up the reader
         return std::nullopt;
     }
+    std::ifstream stream(path, std::ios::binary);
     try {
         Json list;
         stream >> list;  // takes what stands at the head, so that a tail left by another program does no harm
