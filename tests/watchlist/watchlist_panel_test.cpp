@@ -26,7 +26,7 @@ public:
         m_module = std::make_unique<WatchlistModule>(info);
         m_module->m_manager = &m_library;
         m_module->Initialize(kWatchlistPanelId, "", "", R"({"init_param":null})");
-        Widget().show();
+        Widget().grab();  // lays it out
     }
 
     WatchlistWidget& Widget() const { return *static_cast<WatchlistWidget*>(m_module->GetWidget()); }
