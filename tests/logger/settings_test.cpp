@@ -91,7 +91,9 @@ private Q_SLOTS:
         log.Write(Info, "behind");  // taken or refused, it isn't written
         QTRY_COMPARE(manager.GetLevel(0), static_cast<int>(Error));
         QVERIFY(!log.Write(Warn, "refused"));
-        QVERIFY(manager.SetLevel(0, Trace));  // at once
+        QVERIFY(log.Write(Error, "last"));
+        QTRY_COMPARE(TextsOf("Main").size(), std::size_t(2));  // all before it has been judged
+        QVERIFY(manager.SetLevel(0, Trace));                   // at once
         QVERIFY(log.Write(Trace, "lowered"));
         QVERIFY(manager.SetEnabled(0, false));
         QTRY_VERIFY(!manager.IsEnabled(0));
@@ -99,7 +101,7 @@ private Q_SLOTS:
         QVERIFY(manager.SetEnabled(0, true));  // at once
         QVERIFY(log.Write(Trace, "on"));
         QVERIFY(manager.Stop());
-        QCOMPARE(TextsOf("Main"), (std::vector<std::string>{"before", "lowered", "on"}));
+        QCOMPARE(TextsOf("Main"), (std::vector<std::string>{"before", "last", "lowered", "on"}));
     }
 
     void SwitchesActOnWhatFollows_data()
