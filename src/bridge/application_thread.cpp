@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFont>
 #include <QFontDatabase>
 #include <QOperatingSystemVersion>
@@ -63,14 +64,24 @@ void InstallTranslators(const ConfigStore& settings)
     InstallTranslator(QStringLiteral(":/language/DealdeskLanguage_%1.qm").arg(name));
 }
 
+// The first family of a font file; empty without one. A missing file is not put to the toolkit, which would read
+// in all fonts of the machine before it found out.
+QString FamilyOf(const QString& file)
+{
+    if (!QFile::exists(file)) {
+        return {};
+    }
+    const QStringList families =
+        QFontDatabase::applicationFontFamilies(QFontDatabase::addApplicationFont(file));
+    return families.value(0);
+}
+
 void LoadFonts()
 {
-    const int regular =
-        QFontDatabase::addApplicationFont(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Regular.ttf"));
-    QFontDatabase::addApplicationFont(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Medium.ttf"));
-    const QStringList families = QFontDatabase::applicationFontFamilies(regular);
-    QFont font(families.isEmpty() ? QString::fromLatin1(kDefaultFamily) : families.first(), kFontPoints,
-               kFontWeight, false);
+    const QString regular = FamilyOf(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Regular.ttf"));
+    FamilyOf(QStringLiteral("sysconfig/Alibaba-PuHuiTi-Medium.ttf"));
+    QFont font(regular.isEmpty() ? QString::fromLatin1(kDefaultFamily) : regular, kFontPoints, kFontWeight,
+               false);
     font.setStyleStrategy(QFont::PreferAntialias);
     QApplication::setFont(font);
 }
