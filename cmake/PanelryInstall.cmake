@@ -7,7 +7,7 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/panelry")
 set(public_headers
   base/singleton.h
   bridge/exports.h
-  bridge/host_values.h
+  bridge/host_callback.h
   hosting/frame_width_event.h
   hosting/message_ids.h
   hosting/module_library.h

@@ -1,42 +1,30 @@
 #include "desk/announcer.h"
 
-#include <poll.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <string>
+#include <utility>
 
 namespace panelry::desk
 {
 
-namespace
+Announcer::Announcer(int events, int complaints, int stop)
+    : m_start(std::chrono::steady_clock::now()), m_events(events, stop), m_complaints(complaints, stop)
 {
-
-void WriteWhole(int descriptor, std::string_view rest)
-{
-    while (!rest.empty()) {
-        const ssize_t written = write(descriptor, rest.data(), rest.size());
-        if (written >= 0) {
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno == EAGAIN) {
-            pollfd room{.fd = descriptor, .events = POLLOUT, .revents = 0};
-            poll(&room, 1, -1);
-        } else if (errno != EINTR) {
-            return;  // nobody to tell: the loop notices a reader that went away by itself
-        }
-    }
 }
-
-}  // namespace
-
-Announcer::Announcer(int descriptor) : m_descriptor(descriptor), m_start(std::chrono::steady_clock::now()) {}
 
 void Announcer::Say(std::string_view event, const Fields& fields)
 {
     const std::lock_guard guard(m_lock);
     Fields line{{"at", Now().count()}, {"event", event}};
     line.update(fields);
-    WriteWhole(m_descriptor, line.dump(-1, ' ', false, Fields::error_handler_t::replace) + '\n');
+    if (!m_events.Write(line.dump(-1, ' ', false, Fields::error_handler_t::replace) + '\n') &&
+        !std::exchange(m_dropped, true)) {
+        Tell("panelry-desk: nobody reads the output; lines are left out\n");
+    }
+}
+
+void Announcer::Tell(const std::string& text)
+{
+    const std::lock_guard guard(m_complaintsLock);
+    (void)m_complaints.Write(text);  // there is no other place to tell of it
 }
 
 std::chrono::milliseconds Announcer::Now() const

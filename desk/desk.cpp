@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <utility>
 
 namespace panelry::desk
@@ -34,9 +33,11 @@ constexpr short kGone = POLLERR | POLLHUP | POLLNVAL;
 
 }  // namespace
 
-Desk::Desk(const HostLibrary& library, Announcer& announcer, DeskSettings settings)
+Desk::Desk(const HostLibrary& library, Announcer& announcer, const StopSignals& signals,
+           DeskSettings settings)
     : m_library(library),
       m_announcer(announcer),
+      m_signals(signals),
       m_settings(settings),
       m_host(announcer),
       m_input(STDIN_FILENO)
@@ -105,7 +106,7 @@ void Desk::Wait()
     }
     ppoll(watched.data(), watched.size(), next ? &limit : nullptr, nullptr);
 
-    if (const std::optional<std::string> signal = m_signals.Take()) {
+    if (const std::optional<std::string> signal = m_signals.Came()) {
         Stop(*signal);
     } else if ((watched[2].revents & kGone) != 0) {
         Stop("output closed");
@@ -126,7 +127,7 @@ void Desk::TakeTypedLine(const std::string& text)
 {
     ParsedLine parsed = ParseTypedLine(text);
     if (!parsed.error.empty()) {
-        std::fprintf(stderr, "stdin:%d: %s\n", m_input.LineNumber(), parsed.error.c_str());
+        m_announcer.Tell("stdin:" + std::to_string(m_input.LineNumber()) + ": " + parsed.error + '\n');
     } else if (parsed.line) {
         const std::chrono::milliseconds delay = parsed.line->at.value_or(std::chrono::milliseconds(0));
         m_schedule.Add(m_announcer.Now() + delay, std::move(parsed.line->act));
@@ -168,7 +169,7 @@ void Desk::Perform(const Quit& /*quit*/)
 
 void Desk::Perform(const Help& /*help*/)
 {
-    std::fputs(kTypedHelp, stderr);
+    m_announcer.Tell(kTypedHelp);
 }
 
 }  // namespace panelry::desk

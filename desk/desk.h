@@ -20,13 +20,13 @@ struct DeskSettings {
 
 /// Plays a script and what is typed to the panels, from Init to Uninit, and announces all of it.
 ///
-/// Ownership: owns its side of the callback and the signals; borrows the rest. One at a time.
+/// Ownership: owns its side of the callback; borrows the rest. One at a time.
 /// Threading: one thread, the first of the process; the callback comes on others, see HostSide.
 /// Failures: a bad typed line is complained about on standard error. Whatever ends Run(), Uninit is called.
 class Desk
 {
 public:
-    Desk(const HostLibrary& library, Announcer& announcer, DeskSettings settings);
+    Desk(const HostLibrary& library, Announcer& announcer, const StopSignals& signals, DeskSettings settings);
 
     void SetTitles(const Titles& titles) { m_host.SetTitles(titles); }
     void Schedule(std::vector<TimedAct> acts);
@@ -47,12 +47,12 @@ private:
     void Perform(const Titles& titles);
     void Perform(const Note& note);
     void Perform(const Quit& quit);
-    static void Perform(const Help& help);
+    void Perform(const Help& help);
 
     const HostLibrary& m_library;
     Announcer& m_announcer;
+    const StopSignals& m_signals;
     const DeskSettings m_settings;
-    StopSignals m_signals;
     HostSide m_host;
     TypedInput m_input;
     Scheduler m_schedule;

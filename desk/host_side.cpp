@@ -2,7 +2,7 @@
 
 #include <atomic>
 
-#include "bridge/host_values.h"
+#include "bridge/host_callback.h"
 #include "desk/announcer.h"
 #include "services/records.h"
 

@@ -14,6 +14,7 @@
 #include "desk/exit_status.h"
 #include "desk/inspect.h"
 #include "desk/options.h"
+#include "desk/stop_signals.h"
 
 namespace desk = panelry::desk;
 
@@ -52,9 +53,11 @@ int Play(const desk::Options& options)
     if (!desk::PrepareDisplay()) {
         return desk::kCannotStart;
     }
+    const desk::StopSignals signals;  // before the library, which may bring threads
     const desk::HostLibrary library(options.library);
-    desk::Announcer announcer(STDOUT_FILENO);
-    desk::Desk player(library, announcer, {.untilInputEnds = options.onlyTyped, .stay = options.stay});
+    desk::Announcer announcer(STDOUT_FILENO, STDERR_FILENO, signals.Descriptor());
+    desk::Desk player(library, announcer, signals,
+                      {.untilInputEnds = options.onlyTyped, .stay = options.stay});
     player.SetTitles(options.titles);
     player.Schedule(std::move(script.acts));
     player.Run();

@@ -8,6 +8,10 @@
 #include <nlohmann/json.hpp>
 #include <span>
 #include <stdexcept>
+#include <utility>
+
+#include "base/number_text.h"
+#include "hosting/message_ids.h"
 
 namespace panelry::desk
 {
@@ -17,6 +21,8 @@ namespace
 
 using Json = nlohmann::ordered_json;  // a text that is written as JSON keeps its order of keys
 
+constexpr std::int32_t kOperate = 0;
+constexpr std::int32_t kPush = 1;
 constexpr int kDeepest = 512;  // beyond, reading recurses too far; the library draws the same line
 constexpr std::int64_t kLatestMs = 7LL * 24 * 60 * 60 * 1000;
 
@@ -42,14 +48,18 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+/// What follows the first `mark`, or the whole text where there is none.
+std::string Behind(std::string_view mark, const std::string& text)
+{
+    const std::size_t at = text.find(mark);
+    return at == std::string::npos ? text : text.substr(at + mark.size());
+}
+
 /// "[json.exception.parse_error.101] parse error at line 1, column 5: reason" without its head: a script line
 /// is always the parser's line 1.
 std::string Reason(const Json::parse_error& error)
 {
-    const std::string whole = error.what();
-    const std::size_t colon = whole.find(": ");
-    const std::string reason = colon == std::string::npos ? whole : whole.substr(colon + 2);
-    return "not JSON at byte " + std::to_string(error.byte) + ": " + reason;
+    return "not JSON at byte " + std::to_string(error.byte) + ": " + Behind(": ", error.what());
 }
 
 Json ParseObject(std::string_view text)
@@ -138,10 +148,10 @@ std::string Text(const Json& value)
 std::int32_t Type(const Json& value)
 {
     if (value == "operate") {
-        return 0;
+        return kOperate;
     }
     if (value == "push") {
-        return 1;
+        return kPush;
     }
     const std::optional<std::int32_t> type = Number32(value);
     if (!type) {
@@ -237,7 +247,7 @@ std::int32_t TakeNumber(std::string_view& rest, const char* what)
 
 Message Operate(std::int32_t id, const Json& keys)
 {
-    return {0, id, keys.dump()};
+    return {kOperate, id, keys.dump()};
 }
 
 Act OpenCommand(std::string_view& rest)
@@ -281,12 +291,12 @@ Act PushCommand(std::string_view& rest)
     if (rest.empty()) {
         throw BadLine("TEXT is missing");
     }
-    return Message{1, id, std::string(std::exchange(rest, {}))};
+    return Message{kPush, id, std::string(std::exchange(rest, {}))};
 }
 
 Act DestroyUiCommand(std::string_view& /*rest*/)
 {
-    return Message{0, -1, "destroyui"};
+    return Message{kOperate, -1, "destroyui"};
 }
 
 Act QuitCommand(std::string_view& /*rest*/)
@@ -325,6 +335,33 @@ Line ParseCommand(std::string_view text)
     throw BadLine("unknown command " + Quoted(name) + "; \"help\" lists them");
 }
 
+// As the library reads it. What it passes over, because it isn't JSON or is too deep, is no object here.
+Json AsRead(const std::string& text)
+{
+    bool deep = false;
+    const auto bounded = [&deep](int depth, Json::parse_event_t, const Json&) {
+        deep = deep || depth > kDeepest;
+        return !deep;
+    };
+    Json keys = Json::parse(text, bounded, false);
+    return deep ? Json() : keys;
+}
+
+// A module gets the text of an operate message under the id in its "cmd". Under some ids it takes whatever
+// comes for something else, and the text would crash the panels and the desk with them.
+void RefuseForeignPayload(const Message& message)
+{
+    const Json keys = message.type == kOperate ? AsRead(message.text) : Json();
+    const auto command = keys.is_object() ? keys.find("cmd") : keys.end();
+    if (command == keys.end() || !command->is_string()) {
+        return;
+    }
+    const int id = TextToInt(command->get_ref<const std::string&>());
+    if (!CarriesText(id)) {
+        throw BadLine("\"cmd\" " + std::to_string(id) + ": what modules get under this id isn't a text");
+    }
+}
+
 template <class Parse>
 ParsedLine Parsed(std::string_view text, Parse parse)
 {
@@ -333,9 +370,15 @@ ParsedLine Parsed(std::string_view text, Parse parse)
         return {};
     }
     try {
-        return {parse(text), {}};
+        Line line = parse(text);
+        if (const auto* const message = std::get_if<Message>(&line.act)) {
+            RefuseForeignPayload(*message);
+        }
+        return {std::move(line), {}};
     } catch (const BadLine& reason) {
         return {std::nullopt, reason.what()};
+    } catch (const Json::exception& error) {  // a number beyond all bounds, bytes that aren't UTF-8
+        return {std::nullopt, Behind("] ", error.what())};
     }
 }
 

@@ -44,13 +44,16 @@ StopSignals::~StopSignals()
     close(m_descriptor);
 }
 
-std::optional<std::string> StopSignals::Take()
+std::optional<std::string> StopSignals::Came() const
 {
-    signalfd_siginfo info{};
-    if (read(m_descriptor, &info, sizeof info) != static_cast<ssize_t>(sizeof info)) {
-        return std::nullopt;
+    sigset_t pending;
+    sigpending(&pending);
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+        if (sigismember(&pending, signal) == 1) {
+            return "SIG" + std::string(sigabbrev_np(signal));
+        }
     }
-    return "SIG" + std::string(sigabbrev_np(static_cast<int>(info.ssi_signo)));
+    return std::nullopt;
 }
 
 }  // namespace panelry::desk

@@ -11,8 +11,9 @@ inline constexpr int kPressCloneButton = 9001;
 inline constexpr int kPressCloseButton = 9002;
 
 /// True if `msgId` is one of the two; the button is then pressed from the event loop, never from inside this
-/// call, since the press may end the panel. Nothing is pressed for a panel without a frame, and neither is a
-/// button that the frame hides or has disabled. Application thread.
+/// call, since the press may end the panel, and not before the nested event loops (dialogs, menus) of the
+/// thread have ended. Nothing is pressed for a panel without a frame, and neither is a button that the frame
+/// hides or has disabled. Application thread.
 bool HandleFrameCommand(int msgId, QWidget* widget);
 
 }  // namespace panelry

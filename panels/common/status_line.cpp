@@ -61,7 +61,7 @@ QSize StatusLine::minimumSizeHint() const
     return sizeHint();
 }
 
-void StatusLine::paintEvent(QPaintEvent*)
+void StatusLine::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), QColor(style::kBand));

@@ -13,8 +13,6 @@ namespace panelry
 namespace
 {
 
-constexpr int kHostIdsEnd = 100;     // below: the host's
-constexpr int kHostIdsBegin = 9000;  // from here on: the host's again
 constexpr int kMostCharacters = 4'000;
 constexpr int kMostBytesRead = 4 * kMostCharacters;  // a character has at most four bytes
 
@@ -55,8 +53,7 @@ PayloadKind PayloadKindOf(int msgId)
     if (msgId == kStockSelected) {
         return PayloadKind::Stock;
     }
-    const bool push = msgId == kInitData || msgId == kPushData;
-    return push || msgId < kHostIdsEnd || msgId >= kHostIdsBegin ? PayloadKind::Text : PayloadKind::Unknown;
+    return CarriesText(msgId) ? PayloadKind::Text : PayloadKind::Unknown;
 }
 
 QString PayloadText(int msgId, const void* payload)

@@ -10,13 +10,13 @@ namespace panelry
 enum class PayloadKind {
     Text,     ///< `const char*`, UTF-8
     Stock,    ///< `StringMap*`
-    Unknown,  ///< agreed between modules that we don't know: to read it would be a guess with a foreign
-              ///< pointer
+    Unknown,  ///< a record of the library, or agreed between modules that we don't know: to read it would be
+              ///< a guess with a foreign pointer
 };
 
-/// Text: the push ids 113 and 114, and what a host sends as "cmd", always with its text: -1 (a "show" or
-/// "hide" without a "cmd"), every other id below 100, and ids from 9000 on. Those two ranges are the host's
-/// by agreement; modules use other ids among themselves. Stock: 102. Unknown: all others.
+/// Stock: 102. Unknown: the library's other ids (119 to 123, 200 to 207) and the modules' own, from 1,000,000
+/// on. Text: all others, so push data and what a host sends as "cmd". Who sends one of these from a module
+/// sends text too: that is the agreement (CarriesText in hosting/message_ids.h).
 PayloadKind PayloadKindOf(int msgId);
 
 /// The payload as one line: a stock's pairs as "key=value"; line breaks, tabs and other control characters as

@@ -20,7 +20,8 @@ MessageMonitorModule::~MessageMonitorModule()
     delete m_widget;
 }
 
-void MessageMonitorModule::Initialize(int, const char*, const char*, const char*)
+void MessageMonitorModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
+                                      const char* /*initParam*/)
 {
     // Nothing to set up: there is no state to carry over, and messages come by themselves.
 }

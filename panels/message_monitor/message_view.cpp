@@ -23,7 +23,7 @@ public:
     using QSyntaxHighlighter::QSyntaxHighlighter;
 
 protected:
-    void highlightBlock(const QString&) override
+    void highlightBlock(const QString& /*text*/) override
     {
         setFormat(0, kTimeColumnEnd, QColor(style::kMutedText));
         setFormat(kTimeColumnEnd, kIdColumnEnd - kTimeColumnEnd, QColor(style::kFocus));

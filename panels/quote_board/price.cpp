@@ -51,7 +51,7 @@ qint64 PowerOfTen(int exponent)
 QString FixedText(qint64 number, int places)
 {
     const qint64 unit = PowerOfTen(places);
-    const QString whole = QString::number(number / unit);
+    QString whole = QString::number(number / unit);
     if (places == 0) {
         return whole;
     }

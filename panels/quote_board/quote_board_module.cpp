@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/frame_commands.h"
+#include "common/market.h"
 #include "common/panel_style.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
@@ -15,22 +16,6 @@
 
 namespace panelry
 {
-
-namespace
-{
-
-// The market numbers of the two exchange families.
-constexpr char kShanghai[] = "16";
-constexpr char kShenzhen[] = "32";
-
-const char* MarketOf(const QString& code)
-{
-    const QChar first = code.isEmpty() ? QChar() : code.front();
-    const bool shanghai = first == QLatin1Char('5') || first == QLatin1Char('6') || first == QLatin1Char('9');
-    return shanghai ? kShanghai : kShenzhen;
-}
-
-}  // namespace
 
 QuoteBoardModule::QuoteBoardModule(const InstanceInfo& info) : m_widget(new QuoteBoardWidget)
 {
@@ -47,7 +32,8 @@ QuoteBoardModule::~QuoteBoardModule()
     delete m_widget;
 }
 
-void QuoteBoardModule::Initialize(int, const char*, const char*, const char* initParam)
+void QuoteBoardModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
+                                  const char* initParam)
 {
     if (!m_widget) {
         return;
@@ -60,7 +46,7 @@ void QuoteBoardModule::Initialize(int, const char*, const char*, const char* ini
     }
     const QJsonObject parameters = creation.value(QLatin1String("init_param")).toObject();
     if (!parameters.isEmpty()) {
-        m_widget->ApplyPush(QJsonDocument(parameters).toJson(QJsonDocument::Compact), false);
+        m_widget->ApplyStart(QJsonDocument(parameters).toJson(QJsonDocument::Compact));
     }
 }
 
@@ -101,12 +87,8 @@ void QuoteBoardModule::OnPushData(const char* text)
 void QuoteBoardModule::OnStockSelected(const void* payload)
 {
     const auto* const stock = static_cast<const StringMap*>(payload);
-    if (!stock) {
-        return;
-    }
-    const auto code = stock->find("stockcode");
-    if (code != stock->end() && !code->second.empty()) {
-        m_widget->Select(QString::fromStdString(code->second));
+    if (stock && !FieldOf(*stock, "stockcode").empty()) {
+        m_widget->Select(QString::fromStdString(FieldOf(*stock, "stockcode")));
     }
 }
 

@@ -80,6 +80,11 @@ void QuoteBoardWidget::ApplyPush(const QByteArray& text, bool addressed)
     ShowResult(result);
 }
 
+void QuoteBoardWidget::ApplyStart(const QByteArray& text)
+{
+    ShowResult(m_book.Apply(text));
+}
+
 void QuoteBoardWidget::ShowResult(const QuoteBook::Result& result)
 {
     m_model->Applied(result.changed);
@@ -172,7 +177,7 @@ void QuoteBoardWidget::Restore(const QVariantMap& moduleData)
     m_wanted = moduleData.value(QLatin1String(kSelected)).toString();
     const QByteArray quotes = moduleData.value(QLatin1String(kQuotes)).toString().toUtf8();
     if (!quotes.isEmpty()) {
-        ShowResult(m_book.Apply(quotes));
+        ApplyStart(quotes);
     }
 }
 

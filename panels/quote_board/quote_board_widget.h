@@ -34,6 +34,10 @@ public:
     /// to this board.
     void ApplyPush(const QByteArray& text, bool addressed);
 
+    /// Takes quotes that the board begins with, in the form of a push. Not counted as one: what opened the
+    /// board may come again as a push.
+    void ApplyStart(const QByteArray& text);
+
     /// Makes a stock the current one without a StockPicked(). One that isn't known becomes current when its
     /// quote comes, if nobody has picked another by then.
     void Select(const QString& code);

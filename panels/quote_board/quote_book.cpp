@@ -49,7 +49,7 @@ QuoteBook::Result QuoteBook::Apply(const QByteArray& text)
         return result;
     }
     int number = 0;
-    for (const QJsonValue& entry : quotes.toArray()) {
+    for (const QJsonValue entry : quotes.toArray()) {
         ++number;
         const QString problem = ApplyEntry(entry.toObject(), result.changed);
         if (!problem.isEmpty()) {

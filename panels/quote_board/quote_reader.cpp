@@ -110,7 +110,7 @@ QString ReadLevel(const QJsonValue& value, const QString& label, PriceLevel& lev
     if (pair.size() != 2) {
         return QStringLiteral("%1应为[价格,数量]").arg(label);
     }
-    const QString problem = ReadNumber(pair.at(0), label + QStringLiteral("价"), &ReadPrice, level.price);
+    QString problem = ReadNumber(pair.at(0), label + QStringLiteral("价"), &ReadPrice, level.price);
     return problem.isEmpty() ? ReadNumber(pair.at(1), label + QStringLiteral("量"), &ReadLots, level.lots)
                              : problem;
 }
@@ -126,7 +126,7 @@ QString ReadSide(const QJsonValue& value, const QString& label, std::array<Price
     levels = {};
     const QJsonArray list = value.toArray();
     for (int i = 0; i < std::min(list.size(), kLevels); ++i) {
-        const QString problem = ReadLevel(list.at(i), label, levels[static_cast<std::size_t>(i)]);
+        QString problem = ReadLevel(list.at(i), label, levels[static_cast<std::size_t>(i)]);
         if (!problem.isEmpty()) {
             return problem;
         }

@@ -6,8 +6,8 @@
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 
+#include "common/market.h"
 #include "common/panel_style.h"
-#include "watchlist/stock_list_model.h"
 
 namespace panelry
 {
@@ -16,13 +16,6 @@ namespace
 {
 
 constexpr int kLongestName = 40;
-
-const char* MarketOf(const QString& code)
-{
-    const QChar first = code.isEmpty() ? QChar() : code.front();
-    const bool shanghai = first == QLatin1Char('5') || first == QLatin1Char('6') || first == QLatin1Char('9');
-    return shanghai ? kShanghai : kShenzhen;
-}
 
 }  // namespace
 

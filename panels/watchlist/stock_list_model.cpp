@@ -2,23 +2,10 @@
 
 #include <algorithm>
 
+#include "common/market.h"
+
 namespace panelry
 {
-
-const std::string& FieldOf(const StringMap& stock, const char* key)
-{
-    static const std::string absent;
-    const auto field = stock.find(key);
-    return field == stock.end() ? absent : field->second;
-}
-
-QString MarketName(const std::string& market)
-{
-    if (market == kShanghai) {
-        return QStringLiteral("上海");
-    }
-    return market == kShenzhen ? QStringLiteral("深圳") : QString::fromStdString(market);
-}
 
 void StockListModel::SetStocks(const StockList& stocks)
 {

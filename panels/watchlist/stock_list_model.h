@@ -7,13 +7,6 @@
 namespace panelry
 {
 
-/// The market numbers of the two exchange families.
-inline constexpr char kShanghai[] = "16";
-inline constexpr char kShenzhen[] = "32";
-
-/// A market as people call it; the number itself where there is no name for it.
-QString MarketName(const std::string& market);
-
 /// A list of stocks for a table: code, name, market. An entry is told from others by code and market.
 ///
 /// Threading: application thread.
@@ -42,8 +35,5 @@ public:
 private:
     StockList m_stocks;
 };
-
-/// The value for `key`, empty where it is absent.
-const std::string& FieldOf(const StringMap& stock, const char* key);
 
 }  // namespace panelry

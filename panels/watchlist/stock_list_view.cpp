@@ -85,6 +85,9 @@ StockListView::StockListView(StockListModel* model, Order order, QWidget* parent
             .arg(QColor(style::kBand).name(), QColor(style::kMutedText).name(),
                  QColor(style::kHairline).name()));
     setModel(model);
+    // The row under the mouse may be another one now.
+    connect(model, &QAbstractItemModel::modelReset, this, &StockListView::EndDrag);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &StockListView::EndDrag);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     horizontalHeader()->setSectionResizeMode(StockListModel::kName, QHeaderView::Stretch);
     Measure();

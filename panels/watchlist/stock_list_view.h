@@ -9,8 +9,8 @@ class StockListModel;
 
 /// A list of stocks: one row each, one current. Up, Down, Page and Home/End move, typing a code jumps to it.
 /// Double click and Enter pick, Delete removes. Where the order is the user's, rows are dragged with the
-/// mouse or moved with Alt+Up and Alt+Down; Escape gives a drag up. The view only asks; the list changes when
-/// the service has done it.
+/// mouse or moved with Alt+Up and Alt+Down; Escape and a change of the list end a drag. The view only asks;
+/// the list changes when the service has done it.
 ///
 /// Ownership: a plain child widget; the model belongs to the caller. Threading: application thread.
 class StockListView : public QTableView

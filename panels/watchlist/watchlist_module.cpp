@@ -9,17 +9,9 @@
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 #include "hosting/widget_properties.h"
-#include "watchlist/stock_list_model.h"
 
 namespace panelry
 {
-
-namespace
-{
-
-constexpr char kFromLatest[] = "from_lastest";  // the service spells it so
-
-}  // namespace
 
 WatchlistModule::WatchlistModule(const InstanceInfo& info) : m_widget(new WatchlistWidget)
 {
@@ -49,7 +41,8 @@ void WatchlistModule::ConnectWidget()
                      [this](int from, int to) { Move(from, to); });
 }
 
-void WatchlistModule::Initialize(int, const char*, const char*, const char* initParam)
+void WatchlistModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
+                                 const char* initParam)
 {
     if (!m_widget) {
         return;

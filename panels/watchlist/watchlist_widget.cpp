@@ -20,7 +20,7 @@ namespace panelry
 namespace
 {
 
-constexpr QLatin1String kTabKey("tab");
+constexpr char kTabKey[] = "tab";
 
 QString TabStyle()
 {
@@ -272,12 +272,12 @@ WatchlistWidget::Tab WatchlistWidget::Current() const
 
 QVariantMap WatchlistWidget::ModuleData() const
 {
-    return {{kTabKey, QString::number(m_tabs->currentIndex())}};
+    return {{QLatin1String(kTabKey), QString::number(m_tabs->currentIndex())}};
 }
 
 void WatchlistWidget::Restore(const QVariantMap& moduleData)
 {
-    ShowTab(moduleData.value(kTabKey).toString() == QLatin1String("1") ? kLatest : kWatchlist);
+    ShowTab(moduleData.value(QLatin1String(kTabKey)).toString() == QLatin1String("1") ? kLatest : kWatchlist);
 }
 
 void WatchlistWidget::showEvent(QShowEvent* event)

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <cassert>
 #include <cstdlib>
 #include <mutex>
 #include <new>
@@ -16,8 +15,12 @@ enum class AtExit {
                      ///< at all
 };
 
-/// True while the application thread lives; a host may leave main() without having called Uninit.
+/// True while the application thread lives; a host may leave main() without having called Uninit. Never set in a
+/// module, whose copy this isn't: LeaveIfRunning is for the library's own singletons.
 inline std::atomic<bool> ApplicationThreadAlive{false};
+
+/// Ends the program with the standard assertion report on "m_pInstance" if it is null, in every build.
+void AssertMade(const void* m_pInstance);
 
 /// The singleton pattern of the system: `class Foo : public Singleton<Foo>`.
 ///
@@ -27,6 +30,7 @@ inline std::atomic<bool> ApplicationThreadAlive{false};
 /// Threading: Instance() from any thread; creation is serialised. Destroy() belongs to the thread on which
 /// the
 ///   object lives. What T's operations allow is T's matter.
+/// Failures: no memory for the object ends the program.
 /// Each library that compiles a T in has an instance of its own: keep symbols hidden.
 template <class T, AtExit end = AtExit::Destroy>
 class Singleton
@@ -38,11 +42,10 @@ public:
         if (T* made = s_instance.load(std::memory_order_acquire); made || !create) {
             return made;
         }
-        // Recursive: a constructor may come by another road to the accessor that runs it.
         const std::lock_guard guard(s_creation);
         if (!s_instance.load(std::memory_order_relaxed)) {
             T* const m_pInstance = new (std::nothrow) T;
-            assert(m_pInstance);
+            AssertMade(m_pInstance);
             s_instance.store(m_pInstance, std::memory_order_release);
             static const int registered = std::atexit(&Singleton::OnExit);
             static_cast<void>(registered);
@@ -75,7 +78,7 @@ private:
     }
 
     static inline std::atomic<T*> s_instance{nullptr};
-    static inline std::recursive_mutex s_creation;
+    static inline std::mutex s_creation;
 };
 
 }  // namespace panelry

@@ -86,8 +86,8 @@ void LoadFonts()
     QApplication::setFont(font);
 }
 
-// The log of one life, for deployments that name a configuration file: from before the modules load until the
-// application thread has let go of everything.
+// The log of one life, for deployments that name a configuration file: from before the modules load until all
+// panels and services are gone.
 class LogSession
 {
 public:

@@ -3,7 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
+#include <QMetaObject>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -11,7 +11,9 @@
 #include <mutex>
 
 #include "base/singleton.h"
+#include "bridge/host_gate.h"
 #include "bridge/message_road.h"
+#include "hosting/container_manager.h"
 
 namespace panelry::bridge
 {
@@ -33,8 +35,9 @@ void OnExit()
     if (!ApplicationThreadAlive || OnApplicationThread() || Exiting.exchange(true)) {
         return;
     }
-    if (QCoreApplication* const application = QCoreApplication::instance()) {
-        QMetaObject::invokeMethod(application, &HaltIfExiting, Qt::QueuedConnection);
+    // Nobody is there yet or any more: then the thread comes by the guard on its way up, or is about to end.
+    if (const HostGate::Visit visit(Gate); visit.Manager()) {
+        QMetaObject::invokeMethod(visit.Manager(), &HaltIfExiting, Qt::QueuedConnection);
     }
     std::unique_lock lock(HaltLock);
     HaltChanged.wait_for(lock, kPatience, [] { return Halted || !ApplicationThreadAlive; });
@@ -77,6 +80,22 @@ void HaltIfExiting()
     for (;;) {
         ::pause();
     }
+}
+
+void TellThreadEnded()
+{
+    {
+        const std::lock_guard lock(HaltLock);
+        ApplicationThreadAlive = false;
+    }
+    HaltChanged.notify_all();
+}
+
+bool AwaitThreadEnd()
+{
+    std::unique_lock lock(HaltLock);
+    HaltChanged.wait(lock, [] { return Halted || !ApplicationThreadAlive; });
+    return !Halted;
 }
 
 }  // namespace panelry::bridge

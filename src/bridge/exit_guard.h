@@ -7,10 +7,18 @@ namespace panelry::bridge
 {
 
 /// Makes sure that the end of the process comes by here. Any thread, as often as one likes; on the main
-/// thread it takes effect before anything is destroyed, elsewhere before what was made until now.
+/// thread it takes effect before anything is destroyed, elsewhere before what was made until now. A main thread
+/// that ends alone, by pthread_exit, passes for the end of the process.
 void GuardExit();
 
 /// Application thread: stands still for good if the process is ending.
 void HaltIfExiting();
+
+/// Application thread, as its last word: whoever waits for it may join it now.
+void TellThreadEnded();
+
+/// Waits until the application thread has ended, and returns true; false when it stands still instead. Any
+/// other thread.
+bool AwaitThreadEnd();
 
 }  // namespace panelry::bridge

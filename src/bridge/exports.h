@@ -3,7 +3,7 @@
 #include <cstdint>
 
 /// The three functions of libpanelry.so, as a host finds them by name. A host needs no Qt and no other
-/// header; what the codes of the callback carry is told with bridge/host_values.h.
+/// header; what the codes of the callback carry is told with bridge/host_callback.h.
 extern "C" {
 
 /// Hands over the host's two service objects and its callback, each may be null, and starts the panels'

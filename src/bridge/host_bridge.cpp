@@ -32,11 +32,16 @@ void StartThread(std::int32_t type, std::int32_t id, const char* text)
 {
     if (!ApplicationThread) {
         GuardExit();
+        auto firstText = std::make_shared<const std::string>(text);
         ApplicationThreadAlive = true;  // from now on, not only from the thread's first step
         // The thread's priority stays what it is: under the default policy of this platform there is nothing
         // to raise, and asking for another policy takes privileges.
-        ApplicationThread =
-            new std::thread(&ApplicationThreadMain, type, id, std::make_shared<const std::string>(text));
+        try {
+            ApplicationThread = new std::thread(&ApplicationThreadMain, type, id, std::move(firstText));
+        } catch (...) {
+            ApplicationThreadAlive = false;
+            throw;
+        }
     }
 }
 
@@ -78,9 +83,16 @@ void Uninit()
         Joining = true;
         life.unlock();
         AskToQuit();
-        ApplicationThread->join();
+        const bool ended = AwaitThreadEnd();
+        if (ended) {
+            ApplicationThread->join();
+        }
         life.lock();
         Joining = false;
+        if (!ended) {  // the process is ending, and the thread stands still until it has
+            LifeEnded.notify_all();
+            return;
+        }
     }
     // What was parked while the panels were ending belongs to the life that is over.
     DiscardParked();

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
+
+#include "bridge/host_callback.h"
 
 /// What the host handed over with Init. In a header of its own, since the panels' code far below the exports
 /// needs it.
@@ -11,17 +12,8 @@
 namespace panelry::bridge
 {
 
-using HostCallbackFunction = void (*)(std::int32_t nCode, void* pData);
-
 inline std::atomic<void*> QuoteProvider{nullptr};
 inline std::atomic<void*> TradeProvider{nullptr};
 inline std::atomic<HostCallbackFunction> HostCallback{nullptr};
-
-/// What `nCode` of the callback says; 205 and 206 are messages of modules, passed on under their own numbers.
-enum HostCode : std::int32_t {
-    kUserActive = 0,     ///< null: a mouse button went down in a panel
-    kCloneHandle = 1,    ///< decimal text of the native window id of a frame that isn't its component's first
-    kComponentName = 2,  ///< StringMap*: in "component_id"; the host may add "component_name", the title
-};
 
 }  // namespace panelry::bridge

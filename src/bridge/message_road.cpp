@@ -8,6 +8,7 @@
 
 #include "base/singleton.h"
 #include "bridge/deferred_queue.h"
+#include "bridge/exit_guard.h"
 #include "bridge/host_gate.h"
 #include "hosting/container_manager.h"
 
@@ -137,7 +138,7 @@ ApplicationThreadMark::ApplicationThreadMark()
 
 ApplicationThreadMark::~ApplicationThreadMark()
 {
-    ApplicationThreadAlive = false;
+    TellThreadEnded();
     IsApplicationThread = false;
 }
 

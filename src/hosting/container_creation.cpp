@@ -67,11 +67,11 @@ void ContainerManager::CreateContainer(int nComponentId, ContainerWidget* source
     }
     const QPointer<QObject> entry = frame ? frame.data() : bare;
     AskForTitle(nComponentId, frame);
-    if (entry) {
-        if (auto* const window = qobject_cast<QWidget*>(entry.data())) {
-            window->setVisible(message.needDisplay);
-            window->raise();
-        }
+    if (auto* const window = qobject_cast<QWidget*>(entry.data())) {
+        window->setVisible(message.needDisplay);
+        window->raise();
+    }
+    if (IsOpen(entry)) {  // the panel may have closed itself as it came up
         m_containers[nComponentId].push_back(entry);
     }
     RefreshCloneButtons(nComponentId);
@@ -82,7 +82,7 @@ std::shared_ptr<ModuleBase> ContainerManager::MakeModule(int nComponentId, const
 {
     PluginManager* const plugins = PluginManager::Instance(true);
     const PluginManager::LinkKey link = frame ? frame->LinkKey() : 0;
-    const std::shared_ptr<ModuleBase> module =
+    std::shared_ptr<ModuleBase> module =
         plugins->Hold(plugins->CreateLinkedModule(nComponentId, 0, link, std::string()));
     if (!module) {
         return nullptr;
@@ -143,28 +143,42 @@ void ContainerManager::AskForTitle(int nComponentId, const QPointer<ContainerWid
 
 void ContainerManager::RemoveContainer(QObject* object)
 {
+    auto* const frame = qobject_cast<ContainerWidget*>(object);
     for (auto& [id, entries] : m_containers) {
         const auto entry = std::find(entries.begin(), entries.end(), object);
         if (entry == entries.end()) {
             continue;
         }
-        auto* const frame = qobject_cast<ContainerWidget*>(object);
         if (!frame && !qobject_cast<QWidget*>(object)) {
             continue;  // a module without a widget has nothing to close
         }
         ModuleBase* const module =
             frame ? frame->TakeModule()
                   : static_cast<ModuleBase*>(object->property(panelry::kModulePointer).value<void*>());
-        const PluginManager::LinkKey link = frame ? frame->LinkKey() : 0;
         const std::int32_t component = id;
         // Off the list first: the module's end may bring anything about.
         entries.erase(entry);
-        PluginManager::Instance(true)->RemoveModule(0, link, module);
+        RemoveModuleOf(frame, module);
         if (frame) {
             RefreshCloneButtons(component);
         }
         return;
     }
+    if (frame) {  // closed while it was being made: not on the list yet
+        RemoveModuleOf(frame, frame->TakeModule());
+    }
+}
+
+void ContainerManager::RemoveModuleOf(const ContainerWidget* frame, ModuleBase* module)
+{
+    PluginManager* const plugins = PluginManager::Instance(true);
+    if (!frame) {
+        plugins->RemoveModule(0, 0, module);
+        return;
+    }
+    const PluginManager::LinkKey link = frame->LinkKey();
+    plugins->RemoveModule(0, link, module);
+    plugins->ForgetLink(link);
 }
 
 void ContainerManager::RefreshCloneButtons(int nComponentId)

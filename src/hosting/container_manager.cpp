@@ -27,7 +27,6 @@ namespace
 constexpr char kQuit[] = "quit";
 constexpr char kDestroyUi[] = "destroyui";
 constexpr int kAllComponents = -1;
-constexpr int kRetryMs = 10;
 
 ModuleBase* ModuleOf(const QObject* entry)
 {
@@ -37,13 +36,6 @@ ModuleBase* ModuleOf(const QObject* entry)
 bool FlagOf(const QWidget* widget, const char* property)
 {
     return widget && widget->property(property).toBool();
-}
-
-// A frame that is closing lives on for a turn of the event loop, without its module.
-bool IsOpen(const QPointer<QObject>& entry)
-{
-    const auto* const frame = qobject_cast<const ContainerWidget*>(entry.data());
-    return entry && (!frame || frame->GetModule());
 }
 
 void SetVisible(QObject* entry, bool visible)
@@ -90,13 +82,54 @@ void ContainerManager::OnOperateFromDealDesk(int nComponentId, const std::string
         Quit();
         return;
     }
-    if (HoldBack(Kind::Operate, nComponentId, strRoot)) {
+    TakeInTurn(Kind::Operate, nComponentId, strRoot);
+}
+
+void ContainerManager::OnDealPushData(int nComponentId, const std::string& strPushData)
+{
+    Q_ASSERT(QThread::currentThread() == thread());
+    if (!m_ended) {
+        TakeInTurn(Kind::Push, nComponentId, strPushData);
+    }
+}
+
+// What comes while a teardown waits or runs waits behind it, and later messages behind that.
+void ContainerManager::TakeInTurn(Kind kind, int nComponentId, const std::string& text)
+{
+    if (!m_destroying && m_waiting.empty()) {
+        Take(kind, nComponentId, text);
         return;
     }
-    if (strRoot == kDestroyUi) {
-        DestroyUi();
-        return;
+    m_waiting.push_back({kind, nComponentId, text});
+    TakeWaiting();
+}
+
+void ContainerManager::TakeWaiting()
+{
+    while (!m_destroying && !m_ended && !m_waiting.empty()) {
+        const HostMessage next = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        Take(next.kind, next.id, next.text);
     }
+}
+
+void ContainerManager::Take(Kind kind, int nComponentId, const std::string& text)
+{
+    if (kind == Kind::Push) {
+        TakePush(nComponentId, text);
+    } else if (text == kDestroyUi) {
+        m_destroying = true;
+        DestroyUiWhenIdle();
+    } else {
+        TakeOperate(nComponentId, text);
+    }
+    if (PluginManager* const plugins = PluginManager::Instance(false)) {
+        plugins->DestroyLeaving();
+    }
+}
+
+void ContainerManager::TakeOperate(int nComponentId, const std::string& strRoot)
+{
     const panelry::DispatchScope scope;
     const panelry::OperateMessage message = panelry::ReadOperateMessage(strRoot);
     if (message.operate == "clicked") {
@@ -197,12 +230,15 @@ void ContainerManager::Notify(int nComponentId, const panelry::OperateMessage& m
     ForEachCopied(Entries(m_containers[nComponentId]), notifyEntry);
 }
 
-void ContainerManager::OnDealPushData(int nComponentId, const std::string& strPushData)
+// A frame that is closing lives on for a turn of the event loop, without its module.
+bool ContainerManager::IsOpen(const QPointer<QObject>& entry)
 {
-    Q_ASSERT(QThread::currentThread() == thread());
-    if (m_ended || HoldBack(Kind::Push, nComponentId, strPushData)) {
-        return;
-    }
+    const auto* const frame = qobject_cast<const ContainerWidget*>(entry.data());
+    return entry && (!frame || frame->GetModule());
+}
+
+void ContainerManager::TakePush(int nComponentId, const std::string& strPushData)
+{
     const panelry::DispatchScope scope;
     if (nComponentId == kAllComponents) {
         ForEachOpen([&](const QPointer<QObject>& entry) { SendTo(entry, panelry::kPushData, strPushData); });
@@ -261,13 +297,19 @@ void ContainerManager::ForEachCopied(const Entries& entries, Action action)
     }
 }
 
-// Over what is there at each step: windows that open meanwhile are reached as well.
+// Over what is there at each step: windows that open meanwhile are reached as well, and one that closes doesn't
+// take its neighbour's turn with it.
 template <class Action>
 void ContainerManager::ForEachLive(int nComponentId, Action action)
 {
-    for (std::size_t i = 0; i < m_containers[nComponentId].size() && !m_ended; ++i) {
-        if (const QPointer<QObject> entry = m_containers[nComponentId][i]) {
+    const Entries& entries = m_containers[nComponentId];
+    for (std::size_t i = 0; i < entries.size() && !m_ended;) {
+        const QPointer<QObject> entry = entries[i];
+        if (entry) {
             action(entry);
+        }
+        if (i < entries.size() && entries[i] == entry) {
+            ++i;
         }
     }
 }
@@ -300,60 +342,38 @@ void ContainerManager::FinishQuit()
     DestroyPanels();
 }
 
-void ContainerManager::DestroyUi()
-{
-    if (panelry::DispatchScope::Busy()) {
-        m_destroyPending = true;
-        QTimer::singleShot(0, this, &ContainerManager::DestroyUiWhenIdle);
-    } else {
-        DestroyPanels();
-    }
-}
-
 void ContainerManager::DestroyUiWhenIdle()
 {
     if (m_ended) {
         return;
     }
     if (panelry::DispatchScope::Busy()) {
-        QTimer::singleShot(kRetryMs, this, &ContainerManager::DestroyUiWhenIdle);
+        QTimer::singleShot(panelry::DispatchScope::kRetryMs, this, &ContainerManager::DestroyUiWhenIdle);
         return;
     }
-    m_destroyPending = false;
     DestroyPanels();
-    for (const HeldMessage& message : std::exchange(m_held, {})) {
-        if (message.kind == Kind::Operate) {
-            OnOperateFromDealDesk(message.id, message.text);
-        } else {
-            OnDealPushData(message.id, message.text);
-        }
-    }
-}
-
-// What comes behind a teardown that had to wait, waits behind it.
-bool ContainerManager::HoldBack(Kind kind, int nComponentId, const std::string& text)
-{
-    if (m_destroyPending) {
-        m_held.push_back({kind, nComponentId, text});
-    }
-    return m_destroyPending;
+    m_destroying = false;
+    TakeWaiting();
 }
 
 void ContainerManager::DestroyPanels()
 {
     // Taken out first: what a dying window sets in motion finds an empty list.
     const std::map<std::int32_t, Entries> containers = std::exchange(m_containers, {});
+    std::vector<PluginManager::LinkKey> links;
     for (const auto& [id, entries] : containers) {
         for (const QPointer<QObject>& entry : entries) {
             if (auto* const frame = qobject_cast<ContainerWidget*>(entry.data())) {
-                frame->ReleaseModuleWidget();
-                delete frame;
-            } else if (auto* const widget = qobject_cast<QWidget*>(entry.data())) {
-                delete widget;
+                links.push_back(frame->LinkKey());
+                frame->ReleaseModuleWidget();  // foreign code, after which the frame may be gone
             }
+            delete qobject_cast<QWidget*>(entry.data());
         }
     }
     if (PluginManager* const plugins = PluginManager::Instance(false)) {
         plugins->UnloadAll();
+        for (const PluginManager::LinkKey link : links) {
+            plugins->ForgetLink(link);
+        }
     }
 }

@@ -80,6 +80,19 @@ private:
     // What is open of one component, oldest first: frames, bare widgets, or modules without a widget.
     using Entries = std::vector<QPointer<QObject>>;
 
+    enum class Kind { Operate, Push };
+    struct HostMessage {
+        Kind kind;
+        int id;
+        std::string text;
+    };
+    void TakeInTurn(Kind kind, int nComponentId, const std::string& text);
+    void TakeWaiting();
+    void Take(Kind kind, int nComponentId, const std::string& text);
+    void TakeOperate(int nComponentId, const std::string& strRoot);
+    void TakePush(int nComponentId, const std::string& strPushData);
+    static bool IsOpen(const QPointer<QObject>& entry);
+
     void Clicked(int nComponentId, const panelry::OperateMessage& message, const std::string& text);
     void ClickedEntry(const QPointer<QObject>& entry, const panelry::OperateMessage& message);
     void TellCloneHandle(ContainerWidget& frame);
@@ -98,24 +111,17 @@ private:
                                            const std::string& creationText);
     void PlaceClone(int nComponentId, ContainerWidget& frame, const ContainerWidget& source);
     QObject* MarkModule(int nComponentId, ModuleBase& module, const panelry::CreationMessage& message);
+    static void RemoveModuleOf(const ContainerWidget* frame, ModuleBase* module);
     void AskForTitle(int nComponentId, const QPointer<ContainerWidget>& frame);
 
-    enum class Kind { Operate, Push };
     void Quit();
-    void DestroyUi();
     void DestroyUiWhenIdle();
-    bool HoldBack(Kind kind, int nComponentId, const std::string& text);
     void DestroyPanels();
 
     std::map<std::int32_t, Entries> m_containers;
     bool m_visible = false;  // what was last decided by a verb; one flag for all components
 
-    bool m_ended = false;           // "quit" came
-    bool m_destroyPending = false;  // "destroyui" came in the middle of something
-    struct HeldMessage {
-        Kind kind;
-        int id;
-        std::string text;
-    };
-    std::deque<HeldMessage> m_held;  // what came behind it
+    bool m_ended = false;               // "quit" came
+    bool m_destroying = false;          // "destroyui" came: it runs, or waits until nothing else does
+    std::deque<HostMessage> m_waiting;  // what came behind it
 };

@@ -205,7 +205,9 @@ bool ContainerWidget::event(QEvent* event)
         return true;
     }
     if (event->type() == QEvent::Close) {
-        // A window manager or the end of the session may close a frame too: nobody may find it afterwards.
+        // A window manager, the end of the session or the panel itself may close a frame too: nobody may find it
+        // afterwards.
+        const panelry::DispatchScope scope;
         LeaveManager();
     }
     return CQssWidget::event(event);

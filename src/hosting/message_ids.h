@@ -9,7 +9,8 @@ namespace panelry
 
 enum MessageId : int {
     /// In and out, StringMap*: the stock that was selected, at least "stockcode", "market", "stockname". In a
-    /// frame it becomes the group's stock; a new module gets those three keys, which may be empty.
+    /// frame it becomes the group's stock; a new module gets those three keys, which may be empty. A panel
+    /// that picked it from the latest stocks adds kFromLatest "1": the pick then leaves that list as it is.
     kStockSelected = 102,
     /// Out, const char* (UTF-8 JSON): push data for one component, first of two calls.
     kInitData = 113,
@@ -33,6 +34,21 @@ enum MessageId : int {
     /// In, any payload: for the container layer, under its own number. Not passed on.
     kLinked207 = 207,
 };
+
+/// Ids from here on are the modules' own: no host sends them, and their payload is of any type.
+inline constexpr int kModuleIdsBegin = 1'000'000;
+
+/// Whether OnMessage's payload is text (const char*, UTF-8) under `msgId`. It is so for what hosts send, and
+/// below kModuleIdsBegin by agreement for what modules send too; the exceptions are the library's ids.
+constexpr bool CarriesText(int msgId)
+{
+    const bool library = msgId == kStockSelected || (msgId >= kHookEvent && msgId <= kWatchlistRequest) ||
+                         (msgId >= kLinkedAsStock && msgId <= kLinked207);
+    return !library && msgId < kModuleIdsBegin;
+}
+
+/// Key of a kStockSelected payload; the word is spelled so on both sides.
+inline constexpr char kFromLatest[] = "from_lastest";
 
 /// `targetModuleId` of SendModuleMessage for "along the sender's link".
 inline constexpr int kAlongLink = -1;

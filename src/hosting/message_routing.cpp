@@ -3,6 +3,7 @@
 // A receiver may send, make modules and remove them. So every road is walked over a snapshot, which keeps its
 // modules alive; once the tables have changed, each next receiver is looked up before it is called.
 
+#include "hosting/dispatch_scope.h"
 #include "hosting/message_ids.h"
 #include "hosting/plugin_manager.h"
 #include "hosting/plugin_manager_spi.h"
@@ -12,6 +13,7 @@
 
 void PluginManager::SendModuleMessage(int msgId, void* payload, ModuleBase* sender, int targetModuleId)
 {
+    const panelry::DispatchScope scope;            // the sender may be in the middle of an event of its own
     const auto entry = m_placements.find(sender);  // not []: a stranger must not be filed
     const Placement placement = entry == m_placements.end() ? Placement{} : entry->second;
     if (ServedBySystem(msgId, payload)) {

@@ -12,7 +12,8 @@ class ModuleBase;
 class ModuleManagerSpi
 {
 public:
-    /// Sends a message; returns after all receivers have returned. `sender` never hears it.
+    /// Sends a message; returns after all receivers have returned. `sender` itself is left out; only a
+    /// sub-module in a frame hears its own message, through its parent.
     ///
     /// `targetModuleId` -1: to the other modules of the sender's frame and to their sub-modules; from a
     /// sender without a frame, or null, to all modules there are. Any other value: to every module object

@@ -1,8 +1,13 @@
 #include "hosting/plugin_manager.h"
 
+#include <QCoreApplication>
+#include <QTimer>
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
+#include "hosting/dispatch_scope.h"
 #include "hosting/module_library.h"
 #include "services/module_base.h"
 
@@ -157,12 +162,63 @@ std::shared_ptr<ModuleBase> PluginManager::MakeModule(int moduleId, GroupId grou
 
 void PluginManager::RemoveModule(GroupId groupId, LinkKey linkKey, ModuleBase* module)
 {
-    TakeOutLinked(groupId, linkKey, module).reset();  // destroyed here, unless somebody holds it
+    LetGo(TakeOutLinked(groupId, linkKey, module));
     if (!Hold(module)) {
         m_placements.erase(module);  // of a parent that was never filed itself
     }
     std::vector<ModuleSet> released;
     RemoveSubModules(module, released);
+    TablesChanged();
+    for (const ModuleSet& subModules : released) {
+        for (const std::shared_ptr<ModuleBase>& subModule : subModules) {
+            LetGo(subModule);
+        }
+    }
+}
+
+// Destroyed here, unless somebody holds it or it may still be on the stack.
+void PluginManager::LetGo(std::shared_ptr<ModuleBase> module)
+{
+    if (!module || !panelry::DispatchScope::Busy()) {
+        return;
+    }
+    if (m_leaving.empty()) {
+        DestroyLeavingLater(0);
+    }
+    m_leaving.push_back(std::move(module));
+}
+
+void PluginManager::DestroyLeaving()
+{
+    if (!panelry::DispatchScope::Busy()) {
+        std::exchange(m_leaving, {}).clear();
+    }
+}
+
+void PluginManager::DestroyLeavingLater(int milliseconds)
+{
+    QTimer::singleShot(milliseconds, QCoreApplication::instance(), [] {
+        PluginManager* const manager = Instance(false);
+        if (!manager) {
+            return;
+        }
+        manager->DestroyLeaving();
+        if (!manager->m_leaving.empty()) {
+            DestroyLeavingLater(panelry::DispatchScope::kRetryMs);
+        }
+    });
+}
+
+void PluginManager::ForgetLink(LinkKey linkKey)
+{
+    if (const auto groups = m_links.find(linkKey); groups != m_links.end()) {
+        const auto isEmpty = [](const auto& group) { return group.second.empty(); };
+        if (!std::all_of(groups->second.begin(), groups->second.end(), isEmpty)) {
+            return;  // somebody else has filed modules under it
+        }
+        m_links.erase(groups);
+    }
+    m_linkStates.erase(linkKey);
     TablesChanged();
 }
 
@@ -212,8 +268,10 @@ void PluginManager::UnloadAll()
     // Swapped out first: destructors that send find empty tables, not tables in mid-clear.
     auto links = std::exchange(m_links, {});
     auto subModules = std::exchange(m_subModules, {});
+    auto leaving = std::exchange(m_leaving, {});
     m_placements.clear();
     TablesChanged();
+    leaving.clear();
     links.clear();
     subModules.clear();
 }

@@ -54,7 +54,14 @@ public:
 
     /// Takes `module` and its sub-modules, theirs included, out of all tables and lets go of them. The last
     /// module of a group takes the group's stock with it. Sub-modules go even if `module` itself isn't filed.
+    /// Called from inside a call to host or module, it leaves their destruction to DestroyLeaving(), or to the
+    /// event loop: they may be on the stack.
     void RemoveModule(GroupId groupId, LinkKey linkKey, ModuleBase* module);
+    /// Destroys the modules that were removed in the middle of a call, if none is in progress any more.
+    void DestroyLeaving();
+
+    /// Drops the empty groups and the stocks of a key that won't come back: its frame is gone.
+    void ForgetLink(LinkKey linkKey);
 
     /// Lets go of all modules. Libraries, what they offer, and the groups' stocks stay.
     void UnloadAll();
@@ -119,6 +126,8 @@ private:
     const ModuleSet* FindGroup(LinkKey key, GroupId group) const;
     std::shared_ptr<ModuleBase> TakeOutLinked(GroupId groupId, LinkKey linkKey, ModuleBase* module);
     void RemoveSubModules(ModuleBase* parent, std::vector<ModuleSet>& released);
+    void LetGo(std::shared_ptr<ModuleBase> module);
+    static void DestroyLeavingLater(int milliseconds);
     void TablesChanged();
 
     bool ServedBySystem(int msgId, void* payload);
@@ -135,7 +144,9 @@ private:
     std::map<LinkKey, std::map<GroupId, StringMap>> m_linkStates;
     std::map<ModuleBase*, Placement> m_placements;
 
-    // Dropped whenever a module comes or goes, so that no snapshot outlives a message.
+    std::vector<std::shared_ptr<ModuleBase>> m_leaving;  // removed while they may have been on the stack
+
+    // Dropped whenever a module comes or goes; kept from one message to the next until then.
     std::uint64_t m_tablesVersion = 0;
     std::map<Placement, Snapshot<LinkedReceivers>> m_groupSnapshots;
     Snapshot<Broadcast> m_broadcastSnapshot;

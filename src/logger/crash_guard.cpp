@@ -32,6 +32,15 @@ void RestoreFormerAction(int signal)
     }
 }
 
+// A fault comes again by itself when the handler returns, with its true cause. A signal that was sent
+// doesn't, nor one for a call that a filter of the kernel's forbade, nor one for bad memory that nobody has
+// touched.
+bool ComesAgain(const siginfo_t& info)
+{
+    const bool isFault = info.si_code > 0 && info.si_signo != SIGSYS;
+    return isFault && !(info.si_signo == SIGBUS && info.si_code == BUS_MCEERR_AO);
+}
+
 void OnFatalSignal(int signal, siginfo_t* info, void* /*context*/)
 {
     const int error = errno;
@@ -39,8 +48,7 @@ void OnFatalSignal(int signal, siginfo_t* info, void* /*context*/)
         manager->SaveQueued();
     }
     RestoreFormerAction(signal);
-    // A fault comes again by itself when we return, with its true cause; a signal that was sent doesn't.
-    if (info->si_code <= 0) {
+    if (!ComesAgain(*info)) {
         ::raise(signal);
     }
     errno = error;

@@ -2,6 +2,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <type_traits>
 
@@ -63,7 +64,8 @@ void AppendPart(RecordText& text, const Part& part)
 ///
 /// Ownership: refers to the manager, which must outlive it. Cheap to make and to copy, cheaper to keep.
 /// Threading: any thread.
-/// Failures: false when the line was filtered or there is no memory for it.
+/// Failures: false when the line was filtered or there is no memory for it. What a function throws leaves
+///   Write(), and the line is dropped.
 class Logger
 {
 public:
@@ -83,21 +85,29 @@ public:
     }
 
 private:
+    struct GiveBack {
+        log4z::LogerManager* manager;
+        void operator()(log4z::LogRecord* record) const { manager->FreeRecord(record); }
+    };
+    using OwnedRecord = std::unique_ptr<log4z::LogRecord, GiveBack>;  // a part of a line may throw
+
     template <class... Parts>
     [[gnu::noinline]] bool WriteParts(Where where, const Parts&... parts) const
     {
-        log4z::LogRecord* record = nullptr;
-        if (!m_manager->CanPush(m_id, where.level) ||
-            !(record = m_manager->MakeRecord(m_id, where.level, where.file, where.line))) {
+        if (!m_manager->CanPush(m_id, where.level)) {
+            return false;
+        }
+        OwnedRecord record(m_manager->MakeRecord(m_id, where.level, where.file, where.line), {m_manager});
+        if (!record) {
             return false;
         }
         RecordText text(*record);
         (AppendPart(text, parts), ...);
-        return m_manager->PushLine(record, where.file, where.line);
+        return m_manager->PushLine(record.release(), where.file, where.line);
     }
 
     log4z::LogerManager* m_manager;
-    const std::atomic<std::int32_t>* m_gate;
+    const std::atomic<std::int64_t>* m_gate;
     int m_id;
 };
 

@@ -1,34 +1,15 @@
 #include "services/quote_observer.h"
 
-#include <utility>
+#include "services/subscriptions.h"
+
+using namespace panelry::subscriptions;
 
 namespace
 {
 
-constexpr int kNoProvider = -1;
-constexpr int kAttachKind = 1;
-
 void DropUnknown(std::vector<MarketCode>& codes)
 {
     std::erase_if(codes, [](const MarketCode& stock) { return stock.market == 0; });
-}
-
-template <class Set>
-void Note(Set& subscribed, std::recursive_mutex& lock, const typename Set::value_type& value, bool on)
-{
-    const std::lock_guard guard(lock);
-    if (on) {
-        subscribed.insert(value);
-    } else {
-        subscribed.erase(value);
-    }
-}
-
-template <class Set>
-Set CopyOf(const Set& subscribed, std::recursive_mutex& lock)
-{
-    const std::lock_guard guard(lock);
-    return subscribed;
 }
 
 }  // namespace
@@ -129,12 +110,7 @@ void QuoteObserver::UnsubscribeTopicsA()
     if (!provider) {
         return;
     }
-    std::set<std::uint32_t> topics;
-    {
-        const std::lock_guard guard(m_topicsALock);
-        topics.swap(m_subscribedTopicsA);
-    }
-    for (const std::uint32_t topic : topics) {
+    for (const std::uint32_t topic : TakeAll(m_subscribedTopicsA, m_topicsALock)) {
         provider->SubscribeTopicA(topic, false, shared_from_this());
     }
 }

@@ -16,7 +16,8 @@ struct MarketCode {
     std::string code;  ///< without a market, "600000"
 };
 
-/// One push of quotes. All texts are UTF-8, prices decimal text in yuan with a point.
+/// One push of quotes. All texts are UTF-8, but for the first byte of "stockcode"; prices are decimal text in
+/// yuan with a point.
 struct QuotePushRecord {
     /// About the push as a whole: "type" ("nowdata", a snapshot, or "pushdata", a change), "pushflag",
     /// "repeatcode_num" where the code is ambiguous.

@@ -14,3 +14,16 @@ using StringMap = std::map<std::string, std::string>;
 /// Settings: section name to key to value, all UTF-8. Read once per process and never changed afterwards,
 /// so a table may be read from any thread.
 using ConfigTable = std::map<std::string, std::map<std::string, std::string>>;
+
+namespace panelry
+{
+
+/// The value of a key, empty where it is absent. Good as long as the record stays as it is.
+inline const std::string& FieldOf(const StringMap& record, const std::string& key)
+{
+    static const std::string absent;
+    const auto field = record.find(key);
+    return field == record.end() ? absent : field->second;
+}
+
+}  // namespace panelry

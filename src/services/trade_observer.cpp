@@ -2,13 +2,9 @@
 
 #include <utility>
 
-namespace
-{
+#include "services/subscriptions.h"
 
-constexpr int kNoProvider = -1;
-constexpr int kAttachKind = 1;
-
-}  // namespace
+using namespace panelry::subscriptions;
 
 TradeObserver::~TradeObserver()
 {
@@ -49,12 +45,7 @@ int TradeObserver::SubscribeKey(const std::string& name, bool on)
     }
     const int result = provider->SubscribeKey(name, on, shared_from_this());
     if (result == 0) {
-        const std::lock_guard guard(m_keysLock);
-        if (on) {
-            m_subscribedKeys.insert(name);
-        } else {
-            m_subscribedKeys.erase(name);
-        }
+        Note(m_subscribedKeys, m_keysLock, name, on);
     }
     return result;
 }
@@ -83,18 +74,12 @@ void TradeObserver::UnsubscribeAll()
     if (!provider) {
         return;
     }
-    std::set<std::string> keys;
-    {
-        const std::lock_guard guard(m_keysLock);
-        keys.swap(m_subscribedKeys);
-    }
-    for (const std::string& key : keys) {
+    for (const std::string& key : TakeAll(m_subscribedKeys, m_keysLock)) {
         provider->SubscribeKey(key, false, shared_from_this());
     }
 }
 
 std::set<std::string> TradeObserver::SubscribedKeys() const
 {
-    const std::lock_guard guard(m_keysLock);
-    return m_subscribedKeys;
+    return CopyOf(m_subscribedKeys, m_keysLock);
 }

@@ -23,8 +23,9 @@ struct ListFiles {
 std::optional<nlohmann::json> ReadList(const std::string& path);
 
 /// Replaces the file whole: whoever reads it, and whoever finds it after a crash, sees the old text or the
-/// new one. Only in a directory in which no file may be made is an existing file overwritten in place. False
-/// if the file stays as it was.
+/// new one. Only in a directory in which no file may be made is an existing file overwritten in place: a
+/// failure puts the old text back, but a crash in the middle leaves a part. False if the file stays as it
+/// was.
 bool ReplaceFile(const std::string& path, const std::string& text);
 
 }  // namespace panelry

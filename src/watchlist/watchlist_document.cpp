@@ -17,13 +17,6 @@ constexpr char kStockCode[] = "stockcode";
 constexpr char kMarket[] = "market";
 constexpr int kIndent = 4;
 
-const std::string& TextOf(const StringMap& item, const char* key)
-{
-    static const std::string absent;
-    const auto entry = item.find(key);
-    return entry == item.end() ? absent : entry->second;
-}
-
 // Null for an absent key and for anything but a string.
 const std::string* TextOf(const Json& element, const char* key)
 {
@@ -39,7 +32,7 @@ std::size_t HashOf(const std::string& code, const std::string& market)
 
 std::size_t HashOf(const StringMap& item)
 {
-    return HashOf(TextOf(item, kStockCode), TextOf(item, kMarket));
+    return HashOf(FieldOf(item, kStockCode), FieldOf(item, kMarket));
 }
 
 // Elements that equal nothing get any number: the search looks at the element itself before it believes.
@@ -54,7 +47,7 @@ bool IsStock(const Json& element, const StringMap& item)
 {
     const std::string* const code = TextOf(element, kStockCode);
     const std::string* const market = TextOf(element, kMarket);
-    return code && market && *code == TextOf(item, kStockCode) && *market == TextOf(item, kMarket);
+    return code && market && *code == FieldOf(item, kStockCode) && *market == FieldOf(item, kMarket);
 }
 
 template <class List>

@@ -29,9 +29,10 @@ enum WatchlistEvent : int {
 /// Order of operations is binary contract; append nothing, reorder nothing.
 ///
 /// Ownership: the module's. The service keeps the bare pointer for the whole process: a listener unregisters
-///   before it dies.
+///   before it dies. That waits for calls that run on other threads.
 /// Threading: called on the thread of whoever sent the request or selected the stock, normally the
-///   application thread, with no lock held. It may send requests and unregister, itself or others.
+///   application thread, with no lock held. It may send requests and unregister, itself or others. It must
+///   not wait for a thread that may be unregistering it.
 /// Failures: an exception is swallowed, and the next listener is called; only that of the call on registering
 ///   goes to the sender of the request.
 class WatchlistListener

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "hosting/message_ids.h"
+
 using panelry::StockList;
 
 namespace
@@ -15,7 +17,6 @@ constexpr std::size_t kLatestLimit = 200;
 constexpr char kMarket[] = "market";
 constexpr char kStockCode[] = "stockcode";
 constexpr char kStockName[] = "stockname";
-constexpr char kFromLatest[] = "from_lastest";  // the panels spell it so
 
 bool IsWritable(const StringMap& stock)
 {
@@ -139,7 +140,7 @@ void WatchlistManagerPresent::SaveAndTell(int code)
 
 void WatchlistManagerPresent::OnStockSelected(StringMap* payload)
 {
-    if (!payload || HasValue(*payload, kFromLatest, "1")) {
+    if (!payload || HasValue(*payload, panelry::kFromLatest, "1")) {
         return;
     }
     PutInFront((*payload)[kMarket], (*payload)[kStockCode], (*payload)[kStockName]);

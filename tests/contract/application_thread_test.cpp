@@ -132,6 +132,8 @@ private Q_SLOTS:
         host.Do({"init 0 0 1", "notify 1 1001 {}"});
         host.Settle();
         QCOMPARE(Brief(host.Ask(1001, "font")), wanted);
+        QCOMPARE(host.Ask(1001, "look"),
+                 QString(loadFont == "0" ? "sharp scaled" : "antialiased sharp scaled"));
     }
 
     void AMalformedFolderEndsTheProcess_data()

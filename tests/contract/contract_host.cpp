@@ -5,6 +5,7 @@
 //   init QUOTE TRADE CALLBACK   Init with two numbers as pointers; CALLBACK 0: null
 //   notify TYPE ID TEXT         NotifyMsg
 //   uninit                      Uninit; says "uninit returned"
+//   uninit at exit              Uninit from an exit function
 //   name TEXT                   from now on the answer to callback 2
 //   when NEEDLE -> COMMAND      once, when a line with NEEDLE comes, on the thread on which it comes
 //   hold                        waits for "release" (for use with "when")
@@ -23,6 +24,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -217,8 +219,12 @@ void CallNotifyMsg(std::istream& words)
     NotifyMsg(type, id, Rest(words).c_str());
 }
 
-void CallUninit(std::istream& /*words*/)
+void CallUninit(std::istream& words)
 {
+    if (Rest(words) == "at exit") {
+        std::atexit(Uninit);
+        return;
+    }
     Uninit();
     Say("uninit returned");
 }

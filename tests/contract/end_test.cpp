@@ -9,6 +9,7 @@ namespace
 {
 
 constexpr char kFramed[] = R"(notify 0 1001 {"operate":"clicked","need_wrapper":"1"})";
+constexpr char kFramedOther[] = R"(notify 0 2001 {"operate":"clicked","need_wrapper":"1"})";
 constexpr char kBare[] = R"(notify 0 2001 {"operate":"clicked"})";
 constexpr char kObject[] = R"(notify 1 1002 {})";
 
@@ -125,6 +126,94 @@ private Q_SLOTS:
         QVERIFY(host.End({"uninit"}));
     }
 
+    // Sent by a host that hears of the panel's hiding, before the last module is gone.
+    void WhatComesDuringDestroyUiWaitsForItsEnd()
+    {
+        HostProcess host;
+        host.AddModules("other");
+        QVERIFY(host.StartAndInit());
+        host.Do({kFramed, kObject});
+        host.Settle();
+        host.Do({QString("when hidden -> ") + kFramedOther, "notify 0 -1 destroyui"});
+        const QStringList lines = host.Settle();
+        QVERIFY2(lines.indexOf(QRegularExpression("1002#\\d+ ~module")) <
+                     lines.indexOf(QRegularExpression("2001#\\d+ made.*")),
+                 host.Story());
+        host.Do(R"(notify 0 -1 {"operate":"hide"})");
+        QVERIFY(!host.Wait("2001#").isNull());
+        QCOMPARE(host.Ask(2001, "alive"), QString("1 modules 1 widgets"));
+        QVERIFY(host.End({"uninit"}));
+    }
+
+    void MessagesBehindADestroyUiKeepTheirOrder()
+    {
+        HostProcess host;
+        QVERIFY(host.StartAndInit());
+        host.Do({kObject, Tell(1002, "nest")});
+        QVERIFY(!host.Wait("nested").isNull());
+        host.Do({"notify 0 -1 destroyui", Tell(1001, "nest"), "notify 1 1001 second", "release"});
+        QVERIFY(!host.Wait("1001#").isNull());
+        QVERIFY(!host.Wait("nested").isNull());
+        host.Do({"notify 1 1001 third", "release"});
+        QString order;
+        for (const QString& line : host.Settle().filter("OnMessage 114")) {
+            order += line.section(' ', -1) + ' ';
+        }
+        QCOMPARE(order, QString("second third "));
+        QVERIFY(host.End({"uninit"}));
+    }
+
+    // In each row the module is on the stack when its window goes.
+    void AModuleOutlivesItsOwnCalls_data()
+    {
+        QTest::addColumn<QStringList>("commands");
+        QTest::addColumn<QString>("last");  // what the module says before its end
+        QTest::newRow("closed inside its dialog")
+            << QStringList{Tell(1001, "nest"), "wait nested", Tell(1001, "press closebtn_titlebar"),
+                           "release"}
+            << "left the nest";
+        QTest::newRow("closes its window inside its dialog")
+            << QStringList{Tell(1001, "nest"), "wait nested", Tell(1001, "close"), "release"}
+            << "left the nest";
+        QTest::newRow("closes its window in an event") << QStringList{Tell(1001, "soon close")} << "over";
+        QTest::newRow("the host takes all panels down while one sends to another")
+            << QStringList{"when OnMessage 5 -> notify 0 -1 destroyui", Tell(1001, "soon send 5 2001 x")}
+            << "sent 5";
+    }
+
+    void AModuleOutlivesItsOwnCalls()
+    {
+        QFETCH(QStringList, commands);
+        QFETCH(QString, last);
+        HostProcess host;
+        host.AddModules("other");
+        QVERIFY(host.StartAndInit());
+        host.Do({kFramed, kFramedOther});
+        host.Settle();
+        for (const QString& command : commands) {
+            if (command.startsWith("wait ")) {
+                QVERIFY(!host.Wait(command.mid(5)).isNull());
+            } else {
+                host.Do(command);
+            }
+        }
+        QVERIFY2(!host.Wait("1001#2 " + last).isNull(), host.Story());
+        QVERIFY2(!host.Wait("1001#2 ~module").isNull(), host.Story());
+        QVERIFY(host.End({"uninit"}));
+    }
+
+    void APanelThatClosesAsItComesUpCanBeOpenedAgain()
+    {
+        HostProcess host;
+        QVERIFY(host.StartAndInit());
+        host.Do(R"(notify 0 1001 {"operate":"clicked","need_wrapper":"1","need_display":"1",)"
+                R"("init_param":"close as shown"})");
+        QVERIFY2(!host.Wait("1001#2 ~module").isNull(), host.Story());
+        host.Do(kFramed);
+        QVERIFY2(!host.Wait("made").isNull(), host.Story());
+        QVERIFY(host.End({"uninit"}));
+    }
+
     void WhatComesBehindQuitIsForgotten()
     {
         HostProcess host;
@@ -158,6 +247,8 @@ private Q_SLOTS:
             << QStringList{"init 16 32 1", kFramed, Tell(1001, "nest"), "wait nested"};
         QTest::newRow("after quit") << QStringList{"init 16 32 1", kFramed, "notify 0 -1 quit",
                                                    "wait ~widget"};
+        QTest::newRow("an exit function calls Uninit")
+            << QStringList{"init 16 32 1", "uninit at exit", kObject, kFramed, "wait shown"};
     }
 
     void AHostMayLeaveItsMainFunctionWithoutUninit()

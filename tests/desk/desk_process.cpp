@@ -1,5 +1,7 @@
 #include "desk/desk_process.h"
 
+#include <signal.h>
+
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -21,6 +23,11 @@ DeskProcess::DeskProcess()
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
     process.setProcessEnvironment(environment);
+}
+
+void DeskProcess::Program::setupChildProcess()
+{
+    signal(SIGHUP, ignoresHangUp ? SIG_IGN : SIG_DFL);
 }
 
 void DeskProcess::Start(QStringList arguments, const QString& library, const QString& program)
@@ -52,7 +59,9 @@ int DeskProcess::Finish()
 {
     const bool ended = process.waitForFinished(kPatienceMs);
     TakeLines();
-    errors = QString::fromUtf8(process.readAllStandardError());
+    if (process.processChannelMode() == QProcess::SeparateChannels) {
+        errors = QString::fromUtf8(process.readAllStandardError());
+    }
     return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 

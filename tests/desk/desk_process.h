@@ -31,10 +31,20 @@ public:
     /// "event" or "event:reason-or-text-or-note" of the lines so far.
     QStringList Story() const;
 
-    QProcess process;
+    /// The program, with signals as a shell leaves them: a nohup around the tests is no matter to it.
+    class Program : public QProcess
+    {
+    public:
+        bool ignoresHangUp = false;
+
+    protected:
+        void setupChildProcess() override;
+    };
+
+    Program process;
     QList<QJsonObject> lines;
     QStringList brokenLines;  ///< output that is no JSON object
-    QString errors;           ///< standard error, after Finish()
+    QString errors;           ///< standard error, after Finish(), if it has a channel of its own
 
 private:
     void TakeLines();

@@ -1,7 +1,12 @@
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <QJsonDocument>
+#include <array>
 
 #include "desk/desk_process.h"
 #include "support/test.h"
@@ -15,6 +20,52 @@ namespace
 {
 
 constexpr char kTyped[] = "-";
+
+/// A named pipe that nobody reads until TakeAll().
+class StuckReader
+{
+public:
+    StuckReader()
+    {
+        const QByteArray path = QFile::encodeName(Path());
+        if (mkfifo(path.constData(), 0600) != 0) {
+            qFatal("can't make %s", path.constData());
+        }
+        m_reader = open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        m_writer = open(path.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    }
+    ~StuckReader()
+    {
+        close(m_reader);
+        close(m_writer);
+    }
+    StuckReader(const StuckReader&) = delete;
+    StuckReader& operator=(const StuckReader&) = delete;
+
+    QString Path() const { return m_directory.filePath(QStringLiteral("pipe")); }
+
+    bool IsFull() const
+    {
+        pollfd room{.fd = m_writer, .events = POLLOUT, .revents = 0};
+        return poll(&room, 1, 0) == 0;
+    }
+
+    QByteArray TakeAll() const
+    {
+        QByteArray taken;
+        std::array<char, 65536> block{};
+        for (ssize_t size = 0; (size = read(m_reader, block.data(), block.size())) > 0;) {
+            taken.append(block.data(), static_cast<int>(size));
+        }
+        return taken;
+    }
+
+private:
+    const QTemporaryDir m_directory;
+    int m_reader;
+    int m_writer;
+};
+
 }  // namespace
 
 /// The real program against a stand-in for the panels' library.
@@ -30,6 +81,9 @@ private Q_SLOTS:
     void theEndOfInputLeavesWhatIsStillToPlay();
     void aSignalEndsThroughUninit_data();
     void aSignalEndsThroughUninit();
+    void anIgnoredHangUpIsNoEnd();
+    void aReaderThatStopsReadingDoesntHoldUpTheEnd_data();
+    void aReaderThatStopsReadingDoesntHoldUpTheEnd();
     void aReaderThatGoesAwayEndsTheDesk();
     void withoutArgumentsTheDemoBesideTheProgramIsPlayed();
     void whatKeepsItFromStarting_data();
@@ -110,9 +164,7 @@ void DeskRunTest::whatIsTypedIsPlayed()
     QVERIFY(desk.WaitFor("event", Text("played")));
     desk.Type("{\"at\":50,\"note\":\"second\"}\nnote 7\nhelp\npush 7 first\n");
     QVERIFY(desk.WaitFor("note", Text("second")));
-    desk.Type("show ");  // a line may come in pieces
-    QVERIFY(!desk.process.waitForReadyRead(20));
-    desk.Type("7\nquit\nhide 7\n");
+    desk.Type("show 7\nquit\nhide 7\n");
     QCOMPARE(desk.Finish(), 0);
     QCOMPARE(desk.Story(),
              Texts({"start", "callback:Init", "played", "sent:first", "callback:1 7 first", "note:second",
@@ -156,6 +208,50 @@ void DeskRunTest::aSignalEndsThroughUninit()
     QCOMPARE(desk.Finish(), 0);
     QCOMPARE(desk.Story().mid(2),
              Texts({("stop:" + QByteArray(QTest::currentDataTag())).constData(), "callback:Uninit", "end"}));
+}
+
+void DeskRunTest::anIgnoredHangUpIsNoEnd()
+{
+    DeskProcess desk;
+    desk.process.ignoresHangUp = true;
+    desk.Start({Text(kTyped)});
+    QVERIFY(desk.WaitFor("text", Text("Init")));
+    kill(static_cast<pid_t>(desk.process.processId()), SIGHUP);
+    desk.Type("push 7 still there\nquit\n");
+    QCOMPARE(desk.Finish(), 0);
+    QVERIFY(desk.Story().contains(Text("sent:still there")));
+}
+
+void DeskRunTest::aReaderThatStopsReadingDoesntHoldUpTheEnd_data()
+{
+    QTest::addColumn<QByteArray>("typed");
+    QTest::addColumn<bool>("errorsToo");
+    const QByteArray longText(20'000, 'x');
+    QTest::newRow("the panels' threads speak")
+        << QByteArray("{\"type\":0,\"id\":0,\"text\":\"chatter\"}\n") << false;
+    QTest::newRow("the desk speaks") << ("{\"note\":\"" + longText + "\"}\n").repeated(4) << false;
+    QTest::newRow("the desk complains") << (longText + '\n').repeated(4) << true;
+}
+
+void DeskRunTest::aReaderThatStopsReadingDoesntHoldUpTheEnd()
+{
+    QFETCH(QByteArray, typed);
+    QFETCH(bool, errorsToo);
+    StuckReader reader;
+    DeskProcess desk;
+    desk.process.setStandardOutputFile(reader.Path());
+    desk.process.setProcessChannelMode(errorsToo ? QProcess::MergedChannels : QProcess::SeparateChannels);
+    desk.Start({Text(kTyped)});
+    desk.Type(typed.constData());
+    QTRY_VERIFY_WITH_TIMEOUT(reader.IsFull(), 30'000);
+    kill(static_cast<pid_t>(desk.process.processId()), SIGTERM);
+    QCOMPARE(desk.Finish(), 0);  // only a desk that has called Uninit gets that far
+    QCOMPARE(desk.errors.count(Text("lines are left out")), errorsToo ? 0 : 1);
+    QList<QByteArray> lines = reader.TakeAll().split('\n');
+    lines.removeLast();  // it may be cut
+    for (const QByteArray& line : qAsConst(lines)) {
+        QVERIFY2(line.startsWith("stdin:") || QJsonDocument::fromJson(line).isObject(), line.left(80));
+    }
 }
 
 void DeskRunTest::aReaderThatGoesAwayEndsTheDesk()

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bridge/exports.h"
-#include "bridge/host_values.h"
+#include "bridge/host_callback.h"
 #include "services/records.h"
 
 namespace

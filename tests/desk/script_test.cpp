@@ -128,6 +128,21 @@ void ScriptTest::aLine_data()
     script(R"({"type":0,"id":2147483648,"text":""})", "error: \"id\" must be a 32-bit number");
     script(R"({"name":{"all":"x"}})", "error: \"name\": \"all\" must be a component id with a title text");
 
+    script(R"({"at":1e999,"type":0,"id":1,"text":""})", "error: number overflow parsing '1e999'");
+    script(R"({"type":1,"id":1,"text":{"last":-1e999}})", "error: number overflow parsing '-1e999'");
+    const auto refused = [](int id) {
+        return "error: \"cmd\" " + std::to_string(id) + ": what modules get under this id isn't a text";
+    };
+    script(R"({"type":0,"id":1,"text":{"operate":"notify","cmd":"102"}})", refused(102).c_str());
+    script(R"({"type":"operate","id":-1,"text":"{\"operate\":\"show\",\"cmd\":\" +207x\"}"})",
+           refused(207).c_str());
+    script(R"({"type":0,"id":1,"text":{"cmd":"204","operate":"hide"}})", refused(204).c_str());
+    script(R"({"type":1,"id":1,"text":{"cmd":"102"}})",
+           R"(1 1 {"cmd":"102"})");                                           // a push: a text by contract
+    script(R"({"type":0,"id":1,"text":{"cmd":102}})", R"(0 1 {"cmd":102})");  // not read as an id
+    script(R"({"type":0,"id":1,"text":"{\"cmd\":\"102\""})", R"(0 1 {"cmd":"102")");
+    script(R"({"type":0,"id":1,"text":"[\"cmd\",1e999]"})", R"(0 1 ["cmd",1e999])");
+
     typed(R"({"at":20,"type":1,"id":2,"text":"x"})", "@20 1 2 x");
     typed("  open   41001 ",
           R"(0 41001 {"operate":"clicked","need_wrapper":"1","need_display":"1","always_display":"1"})");
@@ -143,6 +158,11 @@ void ScriptTest::aLine_data()
     typed("show", "error: ID is missing");
     typed("show +7", "error: ID must be a 32-bit number, not \"+7\"");
     typed("notify 7 9001x", "error: CMD must be a 32-bit number, not \"9001x\"");
+    typed("notify 41002 102 600519", refused(102).c_str());
+    typed("notify 7 119", refused(119).c_str());
+    typed("notify 7 1000000 x", refused(1'000'000).c_str());
+    typed("notify 7 500 x", R"(0 7 {"operate":"notify","cmd":"500","bussiness":"x","need_create_new":"0"})");
+    typed("notify 7 1 \xFF", "error: invalid UTF-8 byte at index 0: 0xFF");
     typed("push 7", "error: TEXT is missing");
     typed("opne 7", "error: unknown command \"opne\"; \"help\" lists them");
 }
@@ -169,6 +189,7 @@ void ScriptTest::aScriptNumbersItsBadLinesAndGoesOn()
         deep +
         "}\n"
         "{\"at\":900}\n"
+        "{\"at\":1e999,\"note\":\"never\"}\n"
         "{\"at\":100,\"note\":\"c\"}\r\n"
         "{\"note\":\"d\"}");
     const Script script = ReadScript(input, "day.jsonl");
@@ -178,10 +199,11 @@ void ScriptTest::aScriptNumbersItsBadLinesAndGoesOn()
                                        std::visit(Describe{}, act.act));
     }
     QCOMPARE(acts.join(QLatin1Char(',')), QStringLiteral("0 note a,300 note b,100 note c,100 note d"));
-    QCOMPARE(script.complaints.size(), 3U);
+    QCOMPARE(script.complaints.size(), 4U);
     QVERIFY(script.complaints[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
     QCOMPARE(script.complaints[1], std::string("day.jsonl:6: nested more than 512 deep"));
     QCOMPARE(script.complaints[2], std::string("day.jsonl:7: \"type\" is missing"));
+    QCOMPARE(script.complaints[3], std::string("day.jsonl:8: number overflow parsing '1e999'"));
 }
 
 void ScriptTest::actsOfOneTimeKeepTheirOrder()

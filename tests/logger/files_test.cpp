@@ -2,8 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QScopeGuard>
 #include <filesystem>
 #include <functional>
+#include <limits>
 
 #include "logger/log4z/old_logs.h"
 #include "stage.h"
@@ -31,6 +33,19 @@ void SetSoftLimit(__rlimit_resource resource, rlim_t soft)
     ::getrlimit(resource, &limit);
     limit.rlim_cur = soft == RLIM_INFINITY ? limit.rlim_max : soft;
     ::setrlimit(resource, &limit);
+}
+
+// Root may write anything.
+void BecomeNobody()
+{
+    if (::getuid() == 0) {
+        QCOMPARE(::seteuid(65534), 0);
+    }
+}
+
+void BecomeMyself()
+{
+    QCOMPARE(::seteuid(::getuid()), 0);
 }
 
 }  // namespace
@@ -130,6 +145,35 @@ private Q_SLOTS:
         manager.Stop();
     }
 
+    void WithoutAReserveFilesStay_data()
+    {
+        QTest::addColumn<int>("reserve");
+        QTest::newRow("0") << 0;
+        QTest::newRow("negative") << -1;
+        QTest::newRow("lowest") << std::numeric_limits<int>::min();
+    }
+
+    void WithoutAReserveFilesStay()
+    {
+        QFETCH(const int, reserve);
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        manager.SetPath(0, "logs");  // not where Stop() clears
+        manager.SetReserve(0, 1);
+        QVERIFY(manager.SetReserve(0, reserve));  // takes the one before back
+        QVERIFY(manager.Start());
+        QTRY_COMPARE(manager.WriteCount(), std::uint64_t(2));
+        const Logger log(0, manager);
+        for (int day = 0; day < 17; ++day) {
+            world.now += 86400;
+            QVERIFY(log.Write(Info, day));
+            QTRY_COMPARE(manager.WriteCount(), manager.PushCount());
+        }
+        QVERIFY(manager.Stop());
+        QCOMPARE(FilesIn("logs").size(), std::size_t(18));
+    }
+
     void FourteenOldFilesStay()
     {
         const Stage stage;
@@ -190,6 +234,13 @@ private Q_SLOTS:
                          SetSoftLimit(RLIMIT_NOFILE, static_cast<rlim_t>(next));
                      },
                      [] { SetSoftLimit(RLIMIT_NOFILE, RLIM_INFINITY); }, true};
+        QTest::newRow("a file that may only be read") << Fault{[=] {
+                                                                   WriteFile(path, "");
+                                                                   ::chmod(path.c_str(), 0444);
+                                                                   ::chmod(".", 0755);
+                                                                   BecomeNobody();
+                                                               },
+                                                               &BecomeMyself, true};
         QTest::newRow("full disk") << Fault{[=] {
                                                 fs::create_directories("bad");
                                                 fs::create_symlink("/dev/full", path);
@@ -219,6 +270,7 @@ private Q_SLOTS:
         QVERIFY(goodLog.Write(Info, "first"));
         QTRY_COMPARE(manager.WriteCount(), std::uint64_t(1));
         fault.arrange();
+        const auto repaired = qScopeGuard(fault.repair);  // whatever fails below
         for (int i = 0; i < 1000; ++i) {
             QVERIFY(badLog.Write(Info, "lost ", i) && goodLog.Write(Info, i));
         }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <clocale>
 #include <fstream>
+#include <limits>
+#include <stdexcept>
 #include <thread>
 
 #include "stage.h"
@@ -32,6 +34,43 @@ std::string HeadAt(LogerManager& manager, SetSurroundings& world, std::int64_t n
     manager.FreeRecord(record);
     return head.substr(0, 25);
 }
+
+// Holds a manager's worker in the opening of a pipe that nobody reads, with lines queued behind.
+class HungWorker
+{
+public:
+    HungWorker(LogerManager& manager, int lines)
+        : m_manager(manager), m_pipe(FileName("Main", "202611222125"))
+    {
+        QCOMPARE(::mkfifo(m_pipe.c_str(), 0600), 0);
+        manager.SetPath(0, ".");
+        QVERIFY(manager.Start());
+        QTRY_COMPARE(manager.PopCount(), std::uint64_t(1));
+        for (int i = 0; i < lines; ++i) {
+            PushLineOf(manager, 60);
+        }
+    }
+    ~HungWorker()
+    {
+        if (!m_reader.joinable()) {
+            GoOn();
+        }
+        m_manager.Stop();
+        m_reader.join();
+    }
+    HungWorker(const HungWorker&) = delete;
+    HungWorker& operator=(const HungWorker&) = delete;
+
+    void GoOn()
+    {
+        m_reader = std::thread([this] { Contents(m_pipe); });
+    }
+
+private:
+    LogerManager& m_manager;
+    const std::string m_pipe;
+    std::thread m_reader;
+};
 
 }  // namespace
 
@@ -131,20 +170,26 @@ private Q_SLOTS:
         const auto push = [&](int id, int level) {
             return manager.PushLine(manager.MakeRecord(id, level, nullptr, 0), nullptr, 0);
         };
-        QVERIFY(!manager.CanPush(0, Fatal));  // stopped
-        QVERIFY(!push(0, Fatal));
+        for (const int level : {int{Fatal}, std::numeric_limits<int>::max()}) {
+            QVERIFY(!manager.CanPush(0, level) && !push(0, level));  // stopped
+        }
         QVERIFY(manager.Start());
         QVERIFY(manager.CanPush(0, Debug) && push(0, Debug));
         QVERIFY(!manager.CanPush(0, Trace) && !push(0, Trace));
         for (const int id : {-1, 1, 20, 2'000'000'000}) {
             QVERIFY(!manager.CanPush(id, Fatal) && !push(id, Fatal));
         }
+        const int off = manager.CreateLogger("off");
+        QVERIFY(manager.CanPush(off, std::numeric_limits<int>::max()));
+        manager.SetEnabled(off, false);
+        QTRY_VERIFY(!manager.IsEnabled(off));
+        QTRY_VERIFY(!manager.CanPush(off, std::numeric_limits<int>::max()));
         const std::uint64_t before = manager.PushCount();
         QVERIFY(push(0, Info));
         QVERIFY(manager.SetName(0, "renamed"));  // a command counts as pushed, and not as popped
         QCOMPARE(manager.PushCount(), before + 2);
         QVERIFY(manager.Stop());
-        QCOMPARE(manager.PopCount(), manager.PushCount() - 1);
+        QCOMPARE(manager.PopCount(), manager.PushCount() - 2);
         QCOMPARE(manager.WriteCount(), manager.PopCount());
         QCOMPARE(manager.WriteBytes(), Contents("data/log/" + FilesIn("data/log").front()).size());
     }
@@ -170,22 +215,36 @@ private Q_SLOTS:
         const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
-        // The worker hangs in the opening of a pipe that nobody reads.
-        const std::string pipe = FileName("Main", "202611222125");
-        QCOMPARE(::mkfifo(pipe.c_str(), 0600), 0);
-        manager.SetPath(0, ".");
-        QVERIFY(manager.Start());
-        QTRY_COMPARE(manager.PopCount(), std::uint64_t(1));
-        for (int i = 0; i < backlog; ++i) {
-            PushLineOf(manager, 60);
-        }
+        HungWorker worker(manager, backlog);
         world.random = static_cast<std::uint32_t>(random);
         QVERIFY(manager.CanPush(0, Info));
         QTEST(world.slept.load(), "slept");
-        std::thread reader([&] { Contents(pipe); });
+        worker.GoOn();
         manager.Stop();
-        reader.join();
         QCOMPARE(manager.PopCount(), static_cast<std::uint64_t>(backlog) + 2);
+    }
+
+    void AQueueThatIsEmptyByNow_data()
+    {
+        QTest::addColumn<int>("backlog");
+        QTest::addColumn<int>("slept");
+        QTest::newRow("rate 50: nobody looks again") << 30000 << 50;
+        QTest::newRow("rate 51") << 30200 << 0;
+    }
+
+    void AQueueThatIsEmptyByNow()
+    {
+        QFETCH(const int, backlog);
+        const Stage stage;
+        SetSurroundings world;
+        LogerManager manager(world);
+        HungWorker worker(manager, backlog);
+        world.atRandom = [&] {
+            worker.GoOn();
+            QTRY_COMPARE(manager.PopCount(), manager.PushCount());
+        };
+        QVERIFY(manager.CanPush(0, Info));
+        QTEST(world.slept.load(), "slept");
     }
 
     void AcceptedLinesSurviveAStop()
@@ -235,6 +294,23 @@ private Q_SLOTS:
                                    "] ab-5 184467440737095516151688.25true(null)5\r\n";
         QVERIFY2(text.find(wanted) != std::string::npos, text.c_str());
         QVERIFY2(text.find("] made\r\n") != std::string::npos, text.c_str());
+    }
+
+    void ALineWhosePartThrowsIsDroppedAndItsRecordUsedAgain()
+    {
+        const Stage stage;
+        LogerManager manager;
+        QVERIFY(manager.Start());
+        const Logger log(0, manager);
+        LogRecord* const kept = manager.MakeRecord(0, Info, nullptr, 0);
+        manager.FreeRecord(kept);  // the thread's next line takes it
+        QVERIFY_EXCEPTION_THROWN(log.Write(Info, "half ", []() -> int { throw std::runtime_error("part"); }),
+                                 std::runtime_error);
+        LogRecord* const next = manager.MakeRecord(0, Info, nullptr, 0);
+        QCOMPARE(next, kept);
+        manager.FreeRecord(next);
+        QVERIFY(manager.Stop());
+        QVERIFY(TextsOf("Main").empty());
     }
 
     void WithoutATerminalOnlyTraceAndDebugAreShown()

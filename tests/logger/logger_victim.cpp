@@ -1,10 +1,19 @@
 // A process that logs and comes to the end that its argument names.
 
+#include <dlfcn.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <malloc.h>
 #include <signal.h>
+#include <sys/inotify.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -20,6 +29,9 @@ namespace
 {
 
 constexpr char kConfig[] = "log.cfg";
+constexpr int kLines = 5000;
+constexpr unsigned kPatienceSeconds = 30;
+constexpr uid_t kNobody = 65534;
 
 // Made before the manager, so it dies after it.
 struct LateModule {
@@ -45,7 +57,7 @@ public:
 
 void WriteNumbers(const Logger& log)
 {
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < kLines; ++i) {
         log.Write(log4z::Info, i);
     }
 }
@@ -76,6 +88,50 @@ void CrashWorker()
     std::this_thread::sleep_for(std::chrono::seconds(20));
 }
 
+// Tramples what the heap keeps behind a block. The heap finds out inside malloc, and aborts there.
+void CorruptHeap()
+{
+    static void* volatile block;  // the compiler must take nothing of this for useless
+    block = std::malloc(2000);
+    std::memset(block, 0xff, ::malloc_usable_size(block) + 64);
+    for (std::size_t size = 3000; size < 9000; size += 512) {
+        block = std::malloc(size);  // wants the room behind the first one
+    }
+}
+
+// A host that has loaded the logger; the thread that crashes has never been in it.
+void CrashInHeap()
+{
+    ::alarm(kPatienceSeconds);  // ends the process with another signal, should it hang
+    void* const library = ::dlopen(LOGGING_LIBRARY, RTLD_NOW);
+    const auto beginAndWrite =
+        reinterpret_cast<void (*)(const char*, int)>(::dlsym(library, "BeginAndWrite"));
+    std::thread([=] { beginAndWrite(kConfig, kLines); }).join();
+    std::thread(&CorruptHeap).join();
+}
+
+// What a sandbox does to a process that calls what it may not.
+void CallWhatIsForbidden()
+{
+    sock_filter rules[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getppid, 0, 1),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog program{std::size(rules), rules};
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
+    ::syscall(SYS_getppid);
+}
+
+// As the kernel tells of a page that it has lost and nobody has touched.
+void LosePage()
+{
+    siginfo_t info = {};
+    info.si_signo = SIGBUS;
+    info.si_code = BUS_MCEERR_AO;
+    ::syscall(SYS_rt_sigqueueinfo, ::getpid(), SIGBUS, &info);
+}
+
 void Crash(const std::string& fate)
 {
     BeginLogging(kConfig, true);
@@ -86,6 +142,10 @@ void Crash(const std::string& fate)
         Overflow(0);
     } else if (fate == "sent") {
         ::kill(::getpid(), SIGBUS);
+    } else if (fate == "forbidden") {
+        CallWhatIsForbidden();
+    } else if (fate == "lost page") {
+        LosePage();
     } else if (fate == "busy") {
         std::thread([] {
             for (const Logger log;;) {
@@ -121,6 +181,62 @@ void LiveTwice()
     EndLogging();
 }
 
+// Counts how often a directory is read.
+class ReadCounter
+{
+public:
+    explicit ReadCounter(const char* directory) : m_queue(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        ::inotify_add_watch(m_queue, directory, IN_OPEN | IN_CLOSE);  // both: equal neighbours become one
+    }
+    ~ReadCounter() { ::close(m_queue); }
+    ReadCounter(const ReadCounter&) = delete;
+    ReadCounter& operator=(const ReadCounter&) = delete;
+
+    int Count() const
+    {
+        char bytes[4096];
+        const ssize_t count = ::read(m_queue, bytes, sizeof bytes);
+        int opened = 0;
+        inotify_event event;  // of the directory itself, so without a name behind it
+        for (ssize_t at = 0; at + static_cast<ssize_t>(sizeof event) <= count; at += sizeof event) {
+            std::memcpy(&event, bytes + at, sizeof event);
+            opened += (event.mask & IN_OPEN) != 0 ? 1 : 0;
+        }
+        return opened;
+    }
+
+private:
+    const int m_queue;
+};
+
+// The old logs of the first life can't be removed, those of the second can. Returns how often it was tried.
+int LiveWhereOldLogsStay()
+{
+    namespace fs = std::filesystem;
+    const uid_t me = ::geteuid();
+    BeginLogging(kConfig, false);
+    Logger().Write(log4z::Info, "first");
+    while (log4z::LogerManager::Instance().WriteCount() < 3) {  // its file is open
+        std::this_thread::yield();
+    }
+    fs::permissions("data/log", fs::perms(0555));
+    const ReadCounter reads("data/log");
+    if (me == 0 && ::seteuid(kNobody) != 0) {  // root may remove anything
+        return -1;
+    }
+    EndLogging();
+    const int attempts = reads.Count();
+    Logger().Write(log4z::Info, "goes on");
+    static_cast<void>(::seteuid(me));
+    fs::permissions("data/log", fs::perms(0755));
+    BeginLogging(kConfig, false);
+    Logger().Write(log4z::Info, "second");
+    EndLogging();
+    Logger().Write(log4z::Info, "never");
+    return attempts;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[])
@@ -133,6 +249,10 @@ int main(int argc, char* argv[])
         WriteAsModule();
     } else if (fate == "lives") {
         LiveTwice();
+    } else if (fate == "stuck") {
+        return LiveWhereOldLogsStay();
+    } else if (fate == "heap") {
+        CrashInHeap();
     } else if (fate == "exit") {
         BeginLogging(kConfig, true);
         Logger().Write(log4z::Info, "before the end");

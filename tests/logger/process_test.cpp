@@ -3,6 +3,7 @@
 #include <signal.h>
 
 #include <QProcess>
+#include <filesystem>
 #include <map>
 #include <sstream>
 #include <thread>
@@ -18,6 +19,19 @@ namespace
 {
 
 constexpr int kVictimLines = 5000;
+
+// Sanitizers bring their own heap, which finds other faults in other places.
+#ifdef __has_feature
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kOtherHeap = true;
+#else
+constexpr bool kOtherHeap = false;
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kOtherHeap = true;
+#else
+constexpr bool kOtherHeap = false;
+#endif
 
 std::vector<std::string> NumbersUpTo(int count)
 {
@@ -63,6 +77,11 @@ private Q_SLOTS:
         QTest::newRow("sent") << SIGBUS;
         QTest::newRow("worker") << SIGFPE;
         QTest::newRow("busy") << SIGABRT;
+        QTest::newRow("forbidden") << SIGSYS;
+        QTest::newRow("lost page") << SIGBUS;
+        if (!kOtherHeap) {
+            QTest::newRow("heap") << SIGABRT;
+        }
     }
 
     void ACrashWritesWhatIsQueued()
@@ -103,6 +122,21 @@ private Q_SLOTS:
         }
         QCOMPARE(found, texts);
         QVERIFY(FilesIn("data/log").size() <= 14);
+    }
+
+    void WhereOldLogsStayTheLoggerGoesOn()
+    {
+        const Stage stage;
+        std::filesystem::permissions(".", std::filesystem::perms(0755));
+        for (int i = 0; i < 15; ++i) {
+            WriteOldFile("data/log/" + std::to_string(i), At(2000, 1, 1 + i));
+        }
+        QProcess victim;
+        RunVictim(victim, "stuck");
+        QCOMPARE(victim.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(victim.exitCode(), 3);  // attempts
+        QCOMPARE(TextsOf("Main", "log"), (std::vector<std::string>{"first", "goes on", "second"}));
+        QCOMPARE(FilesIn("data/log").size(), std::size_t(14));
     }
 
     void AModulesTextIsHarmless()

@@ -20,18 +20,30 @@ void UseShanghaiTime();
 /// Seconds since 1970 of a local date and time.
 std::int64_t At(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
 
-/// A clock that stands where the test puts it, and a note of who was put to sleep.
+/// A clock that stands where the test puts it, counted looks at it, and a note of who was put to sleep.
 class SetSurroundings : public logger::Surroundings
 {
 public:
-    std::int64_t NowMicros() const override { return now * 1'000'000 + millis * 1000; }
+    std::int64_t NowMicros() const override
+    {
+        ++looks;
+        return now * logger::kMicrosASecond + millis * 1000;
+    }
     void Sleep(int milliseconds) const override { slept += milliseconds; }
-    std::uint32_t Random() const override { return random; }
+    std::uint32_t Random() const override
+    {
+        if (atRandom) {
+            atRandom();
+        }
+        return random;
+    }
 
     std::atomic<std::int64_t> now{At(2026, 11, 22, 21, 25, 58)};
     std::atomic<int> millis{7};
     std::atomic<std::uint32_t> random{0};
+    std::function<void()> atRandom;  // runs where a caller draws a number; set while nobody does
     mutable std::atomic<int> slept{0};
+    mutable std::atomic<int> looks{0};  // at the clock
 };
 
 /// An empty directory that is the current one while it lives.

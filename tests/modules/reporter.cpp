@@ -16,6 +16,7 @@
 #include <QVariant>
 #include <QWidget>
 #include <charconv>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <sstream>
@@ -26,6 +27,7 @@
 #include "hosting/widget_properties.h"
 #include "services/records.h"
 #include "services/resource_manager.h"
+#include "watchlist/watchlist_request.h"
 
 namespace
 {
@@ -92,8 +94,16 @@ public:
         Report(m_name + " ~widget");
     }
 
+    bool closesAsShown = false;
+
 protected:
-    void showEvent(QShowEvent* /*event*/) override { Report(m_name + " shown"); }
+    void showEvent(QShowEvent* /*event*/) override
+    {
+        Report(m_name + " shown");
+        if (closesAsShown) {
+            window()->close();
+        }
+    }
     void hideEvent(QHideEvent* /*event*/) override { Report(m_name + " hidden"); }
 
 private:
@@ -183,6 +193,9 @@ public:
         if (std::string(initParam).find("stay on top") != std::string::npos) {
             m_widget->setProperty(panelry::kStaysOnTop, true);
         }
+        if (std::string(initParam).find("close as shown") != std::string::npos) {
+            m_widget->closesAsShown = true;
+        }
         // A module that speaks to the host before it stands anywhere.
         if (std::string(initParam).find("speak early") != std::string::npos) {
             char text[] = "early";
@@ -264,6 +277,24 @@ private:
             std::getline(words >> msgId >> target >> std::ws, text);
             m_manager->SendModuleMessage(msgId, text.data(), this, target);
             Say("sent " + std::to_string(msgId));
+        } else if (verb == "soon") {  // in an event of its own, no call of the library's
+            std::string later;
+            std::getline(words >> std::ws, later);
+            QTimer::singleShot(0, m_widget, [this, later] {
+                Obey(later);
+                Say("over");
+            });
+        } else if (verb == "log") {
+            int level = 0;
+            std::string text;
+            std::getline(words >> level >> std::ws, text);
+            m_manager->WriteModuleLog(level, text.c_str());
+        } else if (verb == "pick" || verb == "watch") {
+            std::string code;
+            words >> code;
+            SendStock(code, verb == "watch");
+        } else if (verb == "crash") {
+            std::abort();
         } else if (verb == "sub") {
             int id = 0;
             words >> id;
@@ -301,6 +332,7 @@ private:
         const std::map<std::string, std::function<QString()>> answers{
             {"directory", [] { return QDir::currentPath(); }},
             {"font", [] { return QApplication::font().toString(); }},
+            {"look", [] { return Look(); }},
             {"translation", [&] { return QCoreApplication::translate("QObject", first.c_str()); }},
             {"config", [&] { return QString::fromStdString(resources.ReadConfig(first, second)); }},
             {"color", [&] { return QString::fromStdString(resources.ColorTable()->at(first).at(second)); }},
@@ -312,6 +344,23 @@ private:
             {"count", [this] { return QString::fromStdString(m_counter.Result()); }},
         };
         return answers.at(question)().toStdString();
+    }
+
+    static QString Look()
+    {
+        QStringList facts;
+        if (QApplication::font().styleStrategy() & QFont::PreferAntialias) {
+            facts << QStringLiteral("antialiased");
+        }
+        if (QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps)) {
+            facts << QStringLiteral("sharp");
+        }
+        if (QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling) &&
+            QGuiApplication::highDpiScaleFactorRoundingPolicy() ==
+                Qt::HighDpiScaleFactorRoundingPolicy::Round) {
+            facts << QStringLiteral("scaled");
+        }
+        return facts.join(QLatin1Char(' '));
     }
 
     QString FrameFacts() const
@@ -330,6 +379,20 @@ private:
                  m_widget->property(panelry::kModuleName).toString(),
                  clone->isVisibleTo(window) ? QStringLiteral("shown") : QStringLiteral("hidden"),
                  clone->isEnabled() ? QStringLiteral("") : QStringLiteral(",disabled"));
+    }
+
+    // Selects a stock, or has it put on the watchlist.
+    void SendStock(const std::string& code, bool onList)
+    {
+        StringMap stock{{"market", "16"}, {"stockcode", code}};
+        WatchlistRequest request;
+        request.cmd = panelry::kAddStocks;
+        request.items = {stock};
+        if (onList) {
+            m_manager->SendModuleMessage(panelry::kWatchlistRequest, &request, this, -1);
+        } else {
+            m_manager->SendModuleMessage(panelry::kStockSelected, &stock, this, -1);
+        }
     }
 
     void Press(const QString& objectName, bool later)

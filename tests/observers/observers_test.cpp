@@ -1,13 +1,14 @@
-#include <cstring>
 #include <thread>
 
 #include "observers/fake_providers.h"
+#include "support/slot_of.h"
 #include "support/test.h"
 #include "watchlist/watchlist_listener.h"
 
 using panelry::test::FakeQuoteProvider;
 using panelry::test::FakeTradeProvider;
 using panelry::test::PairOfObservers;
+using panelry::test::SlotOf;
 
 namespace
 {
@@ -45,16 +46,6 @@ struct Stage {
 Codes TwoStocks()
 {
     return {{16, "600000"}, {32, "unknown"}};
-}
-
-// Where a virtual operation stands in its class's table. A virtual destructor fills two places.
-template <class Operation>
-int SlotOf(Operation operation)
-{
-    std::ptrdiff_t parts[2];
-    static_assert(sizeof(operation) == sizeof(parts));
-    std::memcpy(parts, &operation, sizeof parts);
-    return static_cast<int>((parts[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
 }
 
 // A result whose out parameters are as they should be; -1 goes without.
@@ -113,7 +104,11 @@ private Q_SLOTS:
         QTest::newRow("trade: GetTable") << SlotOf(&TradeProvider::GetTable) << 11;
         QTest::newRow("table: Name") << SlotOf(&HostTable::Name) << 2;
         QTest::newRow("table: RowCount") << SlotOf(&HostTable::RowCount) << 3;
+        QTest::newRow("table: CellText") << SlotOf(&HostTable::CellText) << 4;
+        QTest::newRow("table: FindColumn") << SlotOf(&HostTable::FindColumn) << 5;
         QTest::newRow("answer table: ColumnCount") << SlotOf(&HostAnswerTable::ColumnCount) << 2;
+        QTest::newRow("answer table: RowCount") << SlotOf(&HostAnswerTable::RowCount) << 3;
+        QTest::newRow("answer table: ColumnInfo") << SlotOf(&HostAnswerTable::ColumnInfo) << 4;
         QTest::newRow("answer table: CellValue") << SlotOf(&HostAnswerTable::CellValue) << 5;
         QTest::newRow("watchlist listener") << SlotOf(&WatchlistListener::OnWatchlistEvent) << 2;
         const int quote = SlotOf(&QuoteObserver::ForwardQuoteCall);

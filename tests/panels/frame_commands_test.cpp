@@ -1,5 +1,7 @@
 #include "common/frame_commands.h"
 
+#include <QEventLoop>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 
@@ -57,6 +59,28 @@ private Q_SLOTS:
         QVERIFY(pressed.isEmpty());
         QVERIFY(NextTurn());
         QTEST(pressed, "pressed");
+    }
+
+    // The panel may run that loop itself: its open context menu, say.
+    void NothingIsPressedInsideANestedLoop()
+    {
+        QWidget frame;
+        auto* const widget = new QWidget(&frame);
+        QPushButton close(&frame);
+        close.setObjectName(QStringLiteral("closebtn_titlebar"));
+        connect(&close, &QPushButton::clicked, this, [widget] { delete widget; });
+        QEventLoop outer;
+        connect(widget, &QObject::destroyed, &outer, &QEventLoop::quit);
+        bool lived = false;
+        QTimer::singleShot(0, [widget = QPointer<QWidget>(widget), &lived] {
+            QEventLoop nested;
+            QVERIFY(panelry::HandleFrameCommand(9002, widget));
+            QTimer::singleShot(0, &nested, &QEventLoop::quit);  // behind the press that was put off
+            nested.exec();
+            lived = !widget.isNull();
+        });
+        outer.exec();
+        QVERIFY(lived);
     }
 
     void APanelThatIsGoneByThenIsNoMatter()

@@ -59,13 +59,14 @@ private Q_SLOTS:
         QTest::newRow("no cmd") << -1 << QByteArray("x") << QStringLiteral("x");
         QTest::newRow("least id") << std::numeric_limits<int>::min() << QByteArray("x")
                                   << QStringLiteral("x");
-        QTest::newRow("last of the host's low ids") << 99 << QByteArray("x") << QStringLiteral("x");
-        QTest::newRow("a module's id") << 100 << QByteArray("x") << unread;
-        QTest::newRow("hook event") << 119 << QByteArray("x") << unread;
-        QTest::newRow("last of the modules' ids") << 8999 << QByteArray("x") << unread;
-        QTest::newRow("first of the host's high ids") << 9000 << QByteArray("x") << QStringLiteral("x");
+        for (const int text : {100, 101, 103, 118, 124, 199, 208, 500, 8'999, 9'000, 999'999}) {
+            QTest::addRow("a host's %d", text) << text << QByteArray("x") << QStringLiteral("x");
+        }
+        for (const int record : {119, 123, 200, 207, 1'000'000, std::numeric_limits<int>::max()}) {
+            QTest::addRow("not a text under %d", record) << record << QByteArray("x") << unread;
+        }
         QTest::newRow("null") << 114 << QByteArray() << QStringLiteral("（无内容）");
-        QTest::newRow("null of a module") << 8000 << QByteArray() << unread;
+        QTest::newRow("null of a module") << 1'000'000 << QByteArray() << unread;
         QTest::newRow("too long") << 1 << QByteArray(9'000, 'x')
                                   << QString(4'000, QLatin1Char('x')) +
                                          QStringLiteral(" …（已截短，共 9000 字节）");

@@ -169,7 +169,11 @@ private Q_SLOTS:
     void InitParamMayHoldQuotes()
     {
         const QByteArray creation = R"({"init_param":)" + ThreeStocks() + "}";
-        QCOMPARE(Board(creation.constData()).Current(), QStringLiteral("600519"));
+        const Board board(creation.constData());
+        QCOMPARE(board.Current(), QStringLiteral("600519"));
+        QVERIFY(board.Widget()->StatusText().startsWith(QStringLiteral("3 只证券 · 等待推送")));
+        board.Push(ThreeStocks());  // it was this one that opened the board
+        QVERIFY(board.Widget()->StatusText().startsWith(QStringLiteral("3 只证券 · 推送 1 次")));
     }
 
     void OnlyWhatChangedIsRepainted()

@@ -1,11 +1,12 @@
 #include "services/module_base.h"
 
-#include <cstring>
-
 #include "hosting/module_manager_spi.h"
 #include "hosting/plugin_manager_spi.h"
 #include "services/resource_manager.h"
+#include "support/slot_of.h"
 #include "support/test.h"
+
+using panelry::test::SlotOf;
 
 namespace
 {
@@ -21,21 +22,10 @@ struct Left : virtual_enable_shared_from_this<Left> {
     int padding = 0;
 };
 struct Right : virtual_enable_shared_from_this<Right> {
-    std::weak_ptr<Right> seenAtTheEnd;
     ~Right() override { QVERIFY_EXCEPTION_THROWN(shared_from_this(), std::bad_weak_ptr); }
 };
 struct Both : Left, Right {
 };
-
-// The place of a virtual operation in its class's table.
-template <class Operation>
-std::ptrdiff_t SlotOf(Operation operation)
-{
-    std::ptrdiff_t parts[2] = {};
-    static_assert(sizeof operation == sizeof parts);
-    std::memcpy(parts, &operation, sizeof parts);
-    return parts[0] / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
 
 }  // namespace
 
@@ -67,8 +57,6 @@ private Q_SLOTS:
         module.m_instance.module_title = "title";
         QCOMPARE(module.GetInstanceInfo()->module_title, "title");
         QVERIFY(blank->module_title.empty());  // a record of its own, not a view
-        module.SetProviders(&module, &module);
-        module.ReservedModuleOp(1, 2);
     }
 
     void TablesGoToTheResourceManager()
@@ -89,23 +77,23 @@ private Q_SLOTS:
 
     void OperationsKeepTheirPlaces()
     {
-        const std::vector<std::ptrdiff_t> module{
+        const std::vector<int> module{
             SlotOf(&ModuleBase::Initialize),      SlotOf(&ModuleBase::GetInstanceInfo),
             SlotOf(&ModuleBase::OnMessage),       SlotOf(&ModuleBase::GetWidget),
             SlotOf(&ModuleBase::SetProviders),    SlotOf(&ModuleBase::SetColorTable),
             SlotOf(&ModuleBase::SetConfigTables), SlotOf(&ModuleBase::ReservedModuleOp)};
-        const std::vector<std::ptrdiff_t> manager{SlotOf(&ModuleManagerSpi::SendModuleMessage),
-                                                  SlotOf(&ModuleManagerSpi::CreateSubModule),
-                                                  SlotOf(&ModuleManagerSpi::WriteModuleLog)};
-        const std::vector<std::ptrdiff_t> container{
+        const std::vector<int> manager{SlotOf(&ModuleManagerSpi::SendModuleMessage),
+                                       SlotOf(&ModuleManagerSpi::CreateSubModule),
+                                       SlotOf(&ModuleManagerSpi::WriteModuleLog)};
+        const std::vector<int> container{
             SlotOf(&PluginManagerSpi::HandleLinkedMessage), SlotOf(&PluginManagerSpi::ForwardToHost),
             SlotOf(&PluginManagerSpi::HandleMessage201), SlotOf(&PluginManagerSpi::HandleMessage202),
             SlotOf(&PluginManagerSpi::HandleMessage203)};
         for (std::size_t i = 1; i < module.size(); ++i) {
-            QCOMPARE(module[i], module[0] + static_cast<std::ptrdiff_t>(i));
+            QCOMPARE(module[i], module[0] + static_cast<int>(i));
         }
-        QCOMPARE(manager, (std::vector<std::ptrdiff_t>{0, 1, 2}));
-        QCOMPARE(container, (std::vector<std::ptrdiff_t>{0, 1, 2, 3, 4}));
+        QCOMPARE(manager, (std::vector<int>{0, 1, 2}));
+        QCOMPARE(container, (std::vector<int>{0, 1, 2, 3, 4}));
     }
 };
 

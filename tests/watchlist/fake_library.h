@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtTest>
+#include <set>
 #include <vector>
 
 #include "hosting/message_ids.h"
@@ -20,6 +21,7 @@ public:
     {
         QVERIFY(target == kAlongLink && sender != nullptr);
         if (msgId == kWatchlistRequest) {
+            Note(*static_cast<WatchlistRequest*>(payload));
             m_present.HandleRequest(*static_cast<WatchlistRequest*>(payload));
         } else if (msgId == kStockSelected) {
             m_selected.push_back(*static_cast<StringMap*>(payload));
@@ -29,9 +31,20 @@ public:
     std::shared_ptr<ModuleBase> CreateSubModule(int, ModuleBase*) override { return {}; }
     void WriteModuleLog(int, const char*) override {}
 
-    std::vector<StringMap> m_selected;  // by message 102, as they were sent
+    std::vector<StringMap> m_selected;        // by message 102, as they were sent
+    std::multiset<std::int32_t> m_listening;  // the commands with which listeners came that haven't gone
 
 private:
+    void Note(const WatchlistRequest& request)
+    {
+        const bool listens = request.cmd == kListenWatchlist || request.cmd == kListenLatest;
+        if (listens) {
+            m_listening.insert(request.cmd);
+        } else if (request.cmd == kUnlistenWatchlist || request.cmd == kUnlistenLatest) {
+            m_listening.erase(request.cmd - 1);
+        }
+    }
+
     WatchlistManagerPresent& m_present;
 };
 

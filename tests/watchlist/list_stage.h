@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,13 +51,17 @@ inline std::string Words(const StockList& stocks)
     return text;
 }
 
-/// Writes down what it hears: "code: list". What `m_then` holds runs inside each call.
+/// Writes down what it hears: "code: list". What `m_then` holds runs inside each call. Any thread may
+/// tell it.
 class Listener : public WatchlistListener
 {
 public:
     void OnWatchlistEvent(int code, const void* list) override
     {
-        m_heard.push_back(std::to_string(code) + ": " + Words(*static_cast<const StockList*>(list)));
+        {
+            const std::lock_guard guard(m_lock);
+            m_heard.push_back(std::to_string(code) + ": " + Words(*static_cast<const StockList*>(list)));
+        }
         if (m_then) {
             m_then();
         }
@@ -64,6 +69,9 @@ public:
 
     std::vector<std::string> m_heard;
     std::function<void()> m_then;
+
+private:
+    std::mutex m_lock;  // guards m_heard while it is registered
 };
 
 /// A directory of its own as the current one, and the service's presenter in it.

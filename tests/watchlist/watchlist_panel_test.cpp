@@ -57,6 +57,12 @@ private:
     }
 };
 
+void DragTo(StockListView& view, const QPoint& at)
+{
+    QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.viewport(), &move);
+}
+
 }  // namespace
 
 Q_DECLARE_METATYPE(std::string)
@@ -127,8 +133,7 @@ private Q_SLOTS:
             QTest::mousePress(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(from));
             for (const QPoint& at : {stage.MiddleOf(1) + QPoint(0, QApplication::startDragDistance()),
                                      stage.MiddleOf(to) + QPoint(0, beyondTheMiddle)}) {
-                QMouseEvent move(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
-                QCoreApplication::sendEvent(view.viewport(), &move);
+                DragTo(view, at);
             }
             QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(to));
         } else {
@@ -204,13 +209,29 @@ private Q_SLOTS:
     {
         for (const bool widgetFirst : {false, true}) {
             PanelStage stage;
+            QCOMPARE(stage.m_library.m_listening.size(), std::size_t{2});
             if (widgetFirst) {
                 delete stage.m_module->GetWidget();
                 stage.m_lists.Request(kAddStocks, "1/1");
+                QVERIFY(!stage.m_module->GetWidget());
             }
             stage.m_module.reset();
+            QVERIFY(stage.m_library.m_listening.empty());
             stage.m_lists.Request(kAddStocks, "2/2");
         }
+    }
+
+    void AChangeOfTheListEndsADrag()
+    {
+        PanelStage stage;
+        StockListView& view = stage.View();
+        QTest::mousePress(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(0));
+        DragTo(view, stage.MiddleOf(1) + QPoint(0, 3));
+        stage.m_lists.Request(kRemoveStocks, "600000/16");  // another row is under the mouse now
+        DragTo(view, stage.MiddleOf(1) + QPoint(0, 3));
+        QTest::mouseRelease(view.viewport(), Qt::LeftButton, {}, stage.MiddleOf(1));
+        QCOMPARE(stage.Shown(), std::string("000001/32=b 600519/16=c"));
+        QCOMPARE(stage.m_lists.List(kUserFile), stage.Shown());
     }
 
     void ABrokenFileIsTold()

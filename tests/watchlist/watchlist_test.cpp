@@ -1,7 +1,11 @@
+#include <sys/resource.h>
 #include <unistd.h>
 
-#include <QScopeGuard>
+#include <atomic>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <future>
 #include <limits>
 #include <stdexcept>
 #include <thread>
@@ -30,6 +34,38 @@ class EmptyModule : public ModuleBase
 public:
     void Initialize(int, const char*, const char*, const char*) override {}
     void OnMessage(int, void*) override {}
+};
+
+// While it lives, no file may be made beside the user's list, which may be written.
+class ClosedDirectory
+{
+public:
+    explicit ClosedDirectory(const ListStage& stage) : m_stage(stage)
+    {
+        Allow(kUserFile, 0666);
+        Allow("userconfig", 0555);
+        Allow(".", 0755);
+        m_isClosed = m_me != 0 || ::seteuid(65534) == 0;  // root may write anywhere
+    }
+    ~ClosedDirectory()
+    {
+        static_cast<void>(::seteuid(m_me));
+        Allow("userconfig", 0755);  // so that it can be removed
+    }
+    ClosedDirectory(const ClosedDirectory&) = delete;
+    ClosedDirectory& operator=(const ClosedDirectory&) = delete;
+
+    bool IsClosed() const { return m_isClosed; }
+
+private:
+    void Allow(const char* name, int mode) const
+    {
+        std::filesystem::permissions(m_stage.Path(name).toStdString(), std::filesystem::perms(mode));
+    }
+
+    const ListStage& m_stage;
+    const uid_t m_me = ::geteuid();
+    bool m_isClosed = false;
 };
 
 }  // namespace
@@ -283,21 +319,31 @@ private Q_SLOTS:
     {
         ListStage stage;
         stage.Put(kUserFile, kThree);
-        const auto allow = [&stage](const char* name, int mode) {
-            std::filesystem::permissions(stage.Path(name).toStdString(), std::filesystem::perms(mode));
-        };
-        allow(kUserFile, 0666);
-        allow("userconfig", 0555);
-        allow(".", 0755);
-        const uid_t me = geteuid();
-        const auto back = qScopeGuard([&] {  // so that the directory can be removed
-            static_cast<void>(seteuid(me));
-            allow("userconfig", 0755);
-        });
-        QVERIFY(me != 0 || seteuid(65534) == 0);  // root may write anywhere
+        const ClosedDirectory closed(stage);
+        QVERIFY(closed.IsClosed());
         stage.Load();
         stage.Request(kRemoveStocks, "600000/16");
         QCOMPARE(stage.List(kUserFile), std::string("000001/32 600519/16=old+note"));
+    }
+
+    void AFileThatCantBeWrittenInPlaceKeepsItsOldText()
+    {
+        ListStage stage;
+        stage.Put(kUserFile, kThree);
+        const ClosedDirectory closed(stage);
+        QVERIFY(closed.IsClosed());
+        stage.Load();
+        const auto formerHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = {};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit tight{sizeof kThree, limit.rlim_max};  // the old text fits, and a part of the new one
+        ::setrlimit(RLIMIT_FSIZE, &tight);
+        stage.Request(kAddStocks, "1/1 2/2 3/3");
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, formerHandler);
+        QCOMPARE(stage.Text(kUserFile), QByteArray(kThree));
+        stage.Request(kRemoveStocks, "1/1 2/2 3/3");  // and the next one is written
+        QCOMPARE(stage.List(kUserFile), std::string(kThreeWords));
     }
 
     void OneListenerDoesNoHarmToTheOthers()
@@ -346,6 +392,58 @@ private Q_SLOTS:
         QCOMPARE(listeners[1].m_heard, (Heard{"4: ", "0: 1/1", "0: 1/1 2/2"}));
         QCOMPARE(listeners[2].m_heard,
                  (Heard{"4: ", "0: 1/1 2/2", "0: 1/1 2/2"}));  // never told of an old list last
+    }
+
+    // On a thread that isn't ours the call may still run when the listener unregisters: it would die in it.
+    void UnregisteringWaitsForACallOnAnotherThread()
+    {
+        constexpr std::chrono::milliseconds kPatience(200);  // only a fault comes back sooner
+        ListStage stage;
+        stage.Load();
+        Listener listener;
+        stage.Listen(kListenWatchlist, &listener);
+        std::promise<void> called;
+        std::promise<void> gone;
+        bool wasGone = false;
+        listener.m_then = [&] {
+            called.set_value();
+            wasGone = gone.get_future().wait_for(kPatience) == std::future_status::ready;
+        };
+        std::thread other([&] { stage.Request(kAddStocks, "1/1"); });
+        called.get_future().wait();
+        stage.Listen(kUnlistenWatchlist, &listener);
+        gone.set_value();
+        other.join();
+        QVERIFY(!wasGone);
+    }
+
+    // Each change is told while listeners come and go: none is called after it has gone.
+    void ListenersComeAndGoWhileAnotherThreadTells()
+    {
+        ListStage stage;
+        stage.Load();
+        std::atomic<bool> enough{false};
+        std::thread other([&] {
+            for (StringMap stock = Stocks("1/1=").front(); !enough;) {
+                stage.m_present->OnStockSelected(&stock);
+            }
+        });
+        std::size_t told = 0;
+        std::atomic<bool> alive{false};
+        std::atomic<bool> calledLate{false};
+        for (int i = 0; i < 500 || told == 0; ++i) {
+            auto listener = std::make_unique<Listener>();
+            listener->m_then = [&] { calledLate = calledLate || !alive; };
+            alive = true;
+            stage.Listen(kListenLatest, listener.get());
+            std::this_thread::yield();
+            stage.Listen(kUnlistenLatest, listener.get());
+            alive = false;
+            told += listener->m_heard.size() - 1;
+        }
+        enough = true;
+        other.join();
+        QVERIFY(!calledLate);
     }
 
     void AListenerThatFailsOnRegisteringIsNotRegistered()

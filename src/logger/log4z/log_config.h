@@ -6,20 +6,22 @@
 #include <string>
 #include <string_view>
 
+#include "logger/log4z/logger_defaults.h"
+
 namespace panelry::logger
 {
 
 /// What a configuration text says about one logger; a key that it leaves out has the value here.
 struct LoggerConfig {
     std::string name;  ///< the text's own, or the logger's key
-    std::string path = "./data/log/";
-    std::int32_t level = 1;
-    std::int32_t limitsize = 10;  ///< megabytes
-    bool display = true;
-    bool outfile = true;
-    bool monthdir = false;
-    bool fileline = true;
-    bool enable = true;
+    std::string path = log4z::kUsualDirectory;
+    std::int32_t level = log4z::kUsualLevel;
+    std::int32_t limitsize = log4z::kUsualLimitMegabytes;
+    bool display = log4z::kUsualDisplay;
+    bool outfile = log4z::kUsualOutFile;
+    bool monthdir = log4z::kUsualMonthDir;
+    bool fileline = log4z::kUsualFileLine;
+    bool enable = true;  ///< as the text names it
 };
 
 using LogConfig = std::map<std::string, LoggerConfig>;  ///< by the logger's key

@@ -16,8 +16,8 @@ namespace
 
 constexpr std::int32_t kLongestLine = static_cast<std::int32_t>(kContentBytes) - 3;  // less CR, LF, NUL
 constexpr std::size_t kWakeAt = kSoftQueueLimit / 2;
-constexpr std::int64_t kMicrosASecond = 1'000'000;
 
+using panelry::logger::kMicrosASecond;
 using panelry::logger::ThreadLines;
 
 // The file's name without its directories, which are overwritten as they turn out to be some.

@@ -15,7 +15,6 @@ namespace
 {
 
 constexpr char kMainKey[] = "Main";
-constexpr char kLogDirectory[] = "./data/log/";
 constexpr std::uint32_t kFilesKept = 14;
 constexpr std::int64_t kSecondsKept = 604800;  // seven days
 constexpr std::chrono::seconds kStartPatience(3);
@@ -40,7 +39,7 @@ public:
     WorkerSignalMask& operator=(const WorkerSignalMask&) = delete;
 
 private:
-    sigset_t m_former;
+    sigset_t m_former{};
 };
 
 // Retires the manager at the end of the process and leaves it in its place.
@@ -93,7 +92,7 @@ void LogerManager::Retire() noexcept
         }
     }
     try {
-        ClearOldLogs(kFilesKept, kSecondsKept);
+        LogerManager::ClearOldLogs(kFilesKept, kSecondsKept);
     } catch (const std::exception&) {
         // Files that come and go are no reason to end the process.
     }
@@ -388,8 +387,7 @@ void LogerManager::ShowText(std::string_view text)
 
 void LogerManager::ClearOldLogs(std::uint32_t maxFiles, std::int64_t maxAgeSeconds)
 {
-    panelry::logger::ClearOldLogFiles(kLogDirectory, maxFiles, maxAgeSeconds,
-                                      m_surroundings.NowMicros() / 1'000'000);
+    panelry::logger::ClearOldLogFiles(kUsualDirectory, maxFiles, maxAgeSeconds, m_surroundings.NowSeconds());
 }
 
 }  // namespace log4z

@@ -92,7 +92,7 @@ public:
 
     /// The lowest level that passes for a logger at this moment; above all levels while it is off or nothing
     /// runs. Good as long as the manager. `id` lies below LOGGER_MAX.
-    const std::atomic<std::int32_t>& Gate(int id) const { return m_gates[static_cast<std::size_t>(id)]; }
+    const std::atomic<std::int64_t>& Gate(int id) const { return m_gates[static_cast<std::size_t>(id)]; }
 
     /// Enables again what the end of the last worker disabled.
     void EnableAgain();
@@ -105,7 +105,7 @@ public:
     void Retire() noexcept;
 
 private:
-    static constexpr std::int32_t kClosed = std::numeric_limits<std::int32_t>::max();
+    static constexpr std::int64_t kClosed = std::numeric_limits<std::int64_t>::max();  // no level gets there
 
     LoggerSettings& Settings(int id) { return m_loggers[static_cast<std::size_t>(id)]; }
     bool IsId(int id) const { return id >= 0 && id <= m_lastId; }
@@ -165,7 +165,7 @@ private:
     std::atomic<int> m_lastId{0};
     std::array<LoggerSettings, LOGGER_MAX> m_loggers;
     std::array<bool, LOGGER_MAX> m_endedByWorker{};
-    alignas(64) std::array<std::atomic<std::int32_t>, LOGGER_MAX> m_gates;
+    alignas(64) std::array<std::atomic<std::int64_t>, LOGGER_MAX> m_gates;
 
     // The callers' side: every line passes here, so these share a cache line with nothing else.
     alignas(64) panelry::logger::AdaptiveMutex m_queueLock;  // guards writes of the next three
@@ -189,7 +189,7 @@ private:
     std::atomic<std::uint64_t> m_writes{0};
     std::atomic<std::uint64_t> m_writtenBytes{0};
     std::atomic<std::uint32_t> m_workerThread{0};  // the kernel's id, 0: none
-    std::atomic<bool> m_saving{false};             // a fatal signal came: the worker must take no memory
+    std::atomic<bool> m_saving{false};  // a fatal signal came: no console, nothing back to the heap
 };
 
 }  // namespace log4z

@@ -10,7 +10,7 @@
 #include "logger/log.h"
 #include "logger/log4z/local_day.h"
 #include "logger/log4z/loger_manager.h"
-#include "logger/log4z/thread_lines.h"
+#include "logger/log4z/thread_id.h"
 
 namespace log4z
 {
@@ -22,7 +22,6 @@ using panelry::logger::QueuedRecord;
 
 constexpr int kIdleMs = 50;
 constexpr std::size_t kHistoryLimit = 15;  // files; from here on expired ones are removed
-constexpr std::int64_t kMicrosASecond = 1'000'000;
 constexpr int kSavePatienceMs = 2000;
 
 // The counters have one writer.
@@ -41,8 +40,8 @@ void WaitAMillisecond()
 
 void LogerManager::Run()
 {
-    m_workerThread = panelry::logger::ThreadLines::OfThisThread().Id();
-    m_lastReread = m_surroundings.NowMicros() / kMicrosASecond;
+    m_workerThread = panelry::logger::ThreadId();
+    m_lastReread = m_surroundings.NowSeconds();
     m_endedByWorker.fill(false);
     ::pthread_setname_np(::pthread_self(), "panelry-log");
     SetRunning(true);
@@ -210,7 +209,7 @@ std::string LogerManager::NewFilePath(LoggerSettings& logger, std::int64_t time)
 
 void LogerManager::RememberFile(LoggerSettings& logger, const std::string& path)
 {
-    const std::int64_t now = m_surroundings.NowMicros() / kMicrosASecond;
+    const std::int64_t now = m_surroundings.NowSeconds();
     auto& history = logger.history;
     if (history.size() >= kHistoryLimit) {
         while (!history.empty() && now - history.front().first > logger.reserve) {
@@ -229,9 +228,7 @@ void LogerManager::FlushFiles()
     for (int id = 0; id <= m_lastId; ++id) {
         LoggerSettings& logger = Settings(id);
         std::uint32_t& unflushed = m_unflushed[static_cast<std::size_t>(id)];
-        if (!logger.enable) {
-            logger.file.Close();
-        } else if (unflushed > 0 && logger.file.IsOpen() && !logger.file.Flush()) {
+        if (!logger.enable || (unflushed > 0 && logger.file.IsOpen() && !logger.file.Flush())) {
             logger.file.Close();
         }
         unflushed = 0;
@@ -262,7 +259,7 @@ bool LogerManager::EndIfDone()
 void LogerManager::LookAtConfig()
 {
     const std::uint32_t interval = m_rereadInterval;
-    const std::int64_t now = m_surroundings.NowMicros() / kMicrosASecond;
+    const std::int64_t now = m_surroundings.NowSeconds();
     const bool wentBack = now < m_lastReread;
     if (interval != 0 && (wentBack || now - m_lastReread > interval)) {
         RereadConfig();
@@ -270,14 +267,15 @@ void LogerManager::LookAtConfig()
     }
 }
 
-// A healthy worker does it best: it has its files and holds no lock of the thread that crashed.
+// A healthy worker does it best: it has its files and holds no lock of the thread that crashed. The thread
+// may have crashed inside the heap, and its first look at one of our thread-locals would come back to it.
 void LogerManager::SaveQueued() noexcept
 {
     const std::uint32_t worker = m_workerThread;
     if (worker == 0) {
         return;
     }
-    if (worker == panelry::logger::ThreadLines::OfThisThread().Id()) {
+    if (worker == panelry::logger::ThreadId()) {
         SaveAsWorker();
         return;
     }

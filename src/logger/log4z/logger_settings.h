@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "logger/log4z/log_file.h"
+#include "logger/log4z/logger_defaults.h"
 
 namespace log4z
 {
@@ -18,15 +19,15 @@ namespace log4z
 struct LoggerSettings {
     std::string key;   ///< under which the logger was created
     std::string name;  ///< part of the file name
-    std::string path = "./data/log/";
-    std::atomic<std::int32_t> level{1};       ///< lowest that passes
-    std::atomic<bool> display{true};          ///< also to the console
-    std::atomic<bool> outfile{true};          ///< to a file
-    std::atomic<bool> monthdir{false};        ///< a directory a month
-    std::atomic<std::int32_t> limitsize{10};  ///< megabytes a file
+    std::string path = kUsualDirectory;
+    std::atomic<std::int32_t> level{kUsualLevel};               ///< lowest that passes
+    std::atomic<bool> display{kUsualDisplay};                   ///< also to the console
+    std::atomic<bool> outfile{kUsualOutFile};                   ///< to a file
+    std::atomic<bool> monthdir{kUsualMonthDir};                 ///< a directory a month
+    std::atomic<std::int32_t> limitsize{kUsualLimitMegabytes};  ///< megabytes a file
     std::atomic<bool> enable{false};
-    std::atomic<bool> fileline{true};      ///< source file and line in each line
-    std::atomic<std::int64_t> reserve{0};  ///< seconds that a file is kept; 0: no history
+    std::atomic<bool> fileline{kUsualFileLine};  ///< source file and line in each line
+    std::atomic<std::int64_t> reserve{0};        ///< seconds that a file is kept; 0: no history
 
     std::int64_t file_time = 0;    ///< of the line that opened the file
     std::int64_t file_day = 0;     ///< midnight of that day, in seconds

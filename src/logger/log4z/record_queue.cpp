@@ -20,10 +20,11 @@ std::size_t PackedSize(std::size_t textLength)
 
 }  // namespace
 
-struct RecordQueue::Block {
+struct RecordQueue::Block {  // NOLINT(cppcoreguidelines-pro-type-member-init)
     Block* next = nullptr;
     std::size_t used = 0;
-    alignas(QueuedRecord) char bytes[kBlockBytes - sizeof(Block*) - sizeof(std::size_t)];
+    // Not initialised: each byte is written before it is read.
+    alignas(QueuedRecord) char bytes[kBlockBytes - 2 * sizeof(std::size_t)];
 };
 
 bool RecordQueue::Append(QueuedRecord head, std::string_view text) noexcept

@@ -18,7 +18,7 @@ public:
 
     void Append(std::string_view text)
     {
-        const std::size_t used = static_cast<std::size_t>(m_record.length);
+        const auto used = static_cast<std::size_t>(m_record.length);
         const std::size_t count = std::min(text.size(), log4z::kContentBytes - used);
         if (count > 0) {
             std::memcpy(m_record.content + used, text.data(), count);

@@ -32,6 +32,7 @@ std::uint32_t Surroundings::Random() const
 
 const Surroundings& Surroundings::Real()
 {
+    // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and never deleted
     struct RealSurroundings final : Surroundings {
     };
     static const RealSurroundings real;

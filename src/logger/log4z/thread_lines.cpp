@@ -1,14 +1,12 @@
 #include "logger/log4z/thread_lines.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <utility>
 
 #include "logger/log4z/local_day.h"
+#include "logger/log4z/thread_id.h"
 
 namespace panelry::logger
 {
@@ -55,7 +53,7 @@ ThreadLines& ThreadLines::OfThisThread()
 std::uint32_t ThreadLines::Id()
 {
     if (m_id == 0) {
-        m_id = static_cast<std::uint32_t>(::syscall(SYS_gettid));
+        m_id = ThreadId();
     }
     return m_id;
 }

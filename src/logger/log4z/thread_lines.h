@@ -36,7 +36,7 @@ private:
     static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::min();
     static constexpr std::size_t kLongestHead = 64;  // years of eleven letters included
 
-    static thread_local constinit ThreadLines own;  // no destructor: access is a plain read
+    static thread_local constinit ThreadLines own;  // no destructor: access runs no code of ours
 
     void UseDayOf(std::int64_t time);
     void BuildHead(std::int64_t time, std::uint32_t threadId);

@@ -34,7 +34,7 @@ public:
     }
 
 private:
-    sem_t m_semaphore;
+    sem_t m_semaphore{};
 };
 
 }  // namespace panelry::logger

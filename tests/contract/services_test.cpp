@@ -1,0 +1,112 @@
+// What the panels share, through the real library: the log and the stock lists.
+
+#include <QDirIterator>
+#include <QFile>
+#include <csignal>
+
+#include "support/host_process.h"
+#include "support/test.h"
+
+using panelry::test::HostProcess;
+
+namespace
+{
+
+QString Tell(int id, const char* command)
+{
+    return QStringLiteral(R"(notify 0 %1 {"operate":"notify","cmd":"900","bussiness":"%2"})")
+        .arg(id)
+        .arg(command);
+}
+
+QString TextIn(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+// All that was logged below the host's folder.
+QString Logged(const HostProcess& host)
+{
+    QString text;
+    for (QDirIterator files(host.Folder() + "/data", QDir::Files, QDirIterator::Subdirectories);
+         files.hasNext();) {
+        text += TextIn(files.next());
+    }
+    return text;
+}
+
+}  // namespace
+
+class ServicesTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void AModulesLinesAreLoggedWhereTheDeploymentSaysSo_data()
+    {
+        QTest::addColumn<QByteArray>("system");
+        QTest::addColumn<bool>("logged");
+        QTest::newRow("no word of it") << QByteArray() << false;
+        QTest::newRow("empty") << QByteArray(R"("log_config":"")") << false;
+        QTest::newRow("named") << QByteArray(R"("log_config":"log.cfg")") << true;
+    }
+
+    void AModulesLinesAreLoggedWhereTheDeploymentSaysSo()
+    {
+        QFETCH(QByteArray, system);
+        QFETCH(bool, logged);
+        HostProcess host;
+        host.AddModules("reporter");
+        host.Write("log.cfg", "[Main]\nlevel=info\n");
+        host.Write("sysconfig/config.json", "{\"system\":{" + system + "}}");
+        QVERIFY(host.Start());
+        for (const QString life : {"first", "second"}) {
+            host.Do({"init 0 0 1", Tell(1002, "log 2 100% %s of it"),
+                     Tell(1002, qPrintable("log 3 the " + life + " life")), Tell(1002, "log 1 too low")});
+            host.Settle();
+            host.Do("uninit");
+            QVERIFY(!host.Wait("uninit returned").isNull());
+            const QString text = Logged(host);
+            QCOMPARE(text.contains("100% %s of it"), logged);
+            QCOMPARE(text.contains("the " + life + " life"), logged);
+            QVERIFY(!text.contains("too low"));
+        }
+        QVERIFY(host.End({}));
+    }
+
+    void ACrashKeepsTheLinesBeforeItUnderTheGuard()
+    {
+        HostProcess host;
+        host.AddModules("reporter");
+        host.Write("log.cfg", "[Main]\nlevel=info\n");
+        host.Write("sysconfig/config.json", R"({"system":{"log_config":"log.cfg","log_crash_guard":"1"}})");
+        QVERIFY(host.Start());
+        host.Do({"init 0 0 1", R"(notify 1 1002 {})"});
+        host.Settle();
+        host.Do({Tell(1002, "log 2 its last words"), Tell(1002, "crash")});
+        QVERIFY(host.Dies());
+        QCOMPARE(host.Status(), SIGABRT);
+        QVERIFY(Logged(host).contains("its last words"));
+    }
+
+    // The selected stock is heard by the lists before the other panels; the watched one is heard by nobody else.
+    void AStockThatAPanelSendsStandsInTheLists()
+    {
+        HostProcess host;
+        QVERIFY(host.StartAndInit());
+        host.Write("userconfig/Watchlist.json", "[]");
+        host.Do({"notify 1 1001 {}", "notify 1 1002 {}"});
+        host.Settle();
+        host.Do({Tell(1001, "watch 600519"), Tell(1001, "pick 600036")});
+        QCOMPARE(host.SettleBriefly().join(", ").remove(QRegularExpression("#\\d+")),
+                 QString("1002 OnMessage 102 market=16 stockcode=600036 stockname="));
+        QVERIFY(TextIn(host.Folder() + "/userconfig/Watchlist.json").contains("600519"));
+        QVERIFY(host.End({"uninit"}));
+        QVERIFY(TextIn(host.Folder() + "/userconfig/Lastestlist.json").contains("600036"));
+        QVERIFY(!TextIn(host.Folder() + "/userconfig/Lastestlist.json").contains("600519"));
+    }
+};
+
+PANELRY_TEST(ServicesTest)
+#include "services_test.moc"
