@@ -193,7 +193,7 @@ private Q_SLOTS:
             << "3001 made, 1 sub-module, 1 no sub-module, 1002 made, 1002 OnMessage 113 {}, 1002 OnMessage "
                "114 {}, 1 OnMessage 777 all, 3001 OnMessage 777 all, 1002 sent 777, 3001 OnMessage 778 one, "
                "1002 sent 778, "
-               "1 hidden, 3001 ~module, 3001 ~widget, 1 ~module, 1 ~widget";
+               "1 hidden, 1 ~module, 1 ~widget, 3001 ~module, 3001 ~widget";
     }
 
     void Operations()
