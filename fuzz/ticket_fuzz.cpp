@@ -1,0 +1,312 @@
+// Field maps of any content through the rules of the order ticket: nothing crashes, hangs or raises but a
+// malformed mask, and what is written holds what the rules promise.
+//
+// An input is lines of "map key=value": which map (a letter), a key by number or name, a value of any bytes.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "services/quote_observer.h"
+#include "services/trade_observer.h"
+#include "ticket/data_deal_base.h"
+
+namespace
+{
+
+void Check(bool holds, const char* what)
+{
+    if (!holds) {
+        std::fprintf(stderr, "ticket_fuzz: %s\n", what);
+        std::abort();
+    }
+}
+
+// Of all maps: an input names a key by its place here, so that it hits often.
+constexpr const char* kKeys[] = {"market",
+                                 "stockcode",
+                                 "price",
+                                 "amount",
+                                 "mmlb",
+                                 "sjwt",
+                                 "sbwt",
+                                 "kcb",
+                                 "cyb",
+                                 "rqmc",
+                                 "raising_limit",
+                                 "limit_down",
+                                 "price_decimal",
+                                 "usable_amount",
+                                 "support_bhjg",
+                                 "issupportxj",
+                                 "benchmarkcode",
+                                 "hq_time",
+                                 "cal_xj",
+                                 "latest_price",
+                                 "last_closing_price",
+                                 "sell_1_price",
+                                 "buy_1_price",
+                                 "dd_price",
+                                 "dd_money",
+                                 "czlb",
+                                 "newhand",
+                                 "hand",
+                                 "amount_chart_volunit",
+                                 "IsXGSG",
+                                 "iszhangmask",
+                                 "type",
+                                 "pushflag",
+                                 "repeatcode_num",
+                                 "stock_name",
+                                 "opening_price",
+                                 "codetype",
+                                 "newprice",
+                                 "prevclose",
+                                 "options",
+                                 "canbuy",
+                                 "wtsl",
+                                 "slbc",
+                                 "slsx",
+                                 "slxx",
+                                 "jgbc",
+                                 "zqdm",
+                                 "zqmc",
+                                 "zrlx",
+                                 "dup",
+                                 "s1",
+                                 "s2",
+                                 "s3",
+                                 "s10",
+                                 "local_market",
+                                 "local_cx_wtsl",
+                                 "rzrq",
+                                 "sbwt_tips_B",
+                                 "sbwt_tips_S"};
+
+// Text by text, as the input has them.
+class Input
+{
+public:
+    explicit Input(std::string_view rest) : m_rest(rest) {}
+
+    bool AtEnd() const { return m_rest.empty(); }
+    unsigned Byte()
+    {
+        const unsigned byte = AtEnd() ? 0 : static_cast<unsigned char>(m_rest.front());
+        m_rest.remove_prefix(AtEnd() ? 0 : 1);
+        return byte;
+    }
+    std::string Line()
+    {
+        const std::size_t end = std::min(m_rest.find('\n'), m_rest.size());
+        const std::string line(m_rest.substr(0, end));
+        m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
+        return line;
+    }
+
+private:
+    std::string_view m_rest;
+};
+
+// A table of the input's lines, in columns that the rules look for.
+class FuzzTable : public HostTable
+{
+public:
+    const char* Name() const override { return "table"; }
+    int RowCount() const override { return static_cast<int>(m_cells.size() / kColumns); }
+    const char* CellText(int row, int column) const override
+    {
+        Check(row >= 0 && row < RowCount() && column >= 0 && column < kColumns, "a cell out of the table");
+        return m_cells[static_cast<std::size_t>(row * kColumns + column)].c_str();
+    }
+    int FindColumn(const char* columnId) const override
+    {
+        for (int column = 0; column < kColumns; ++column) {
+            if ((m_absent >> column & 1U) == 0 && std::string_view(kIds[column]) == columnId) {
+                return column;
+            }
+        }
+        return -1;
+    }
+
+    unsigned m_absent = 0;  // a bit a column
+    std::vector<std::string> m_cells;
+
+private:
+    static constexpr int kColumns = 9;
+    static constexpr const char* kIds[kColumns] = {"2106", "2108", "2167", "2170", "2176",
+                                                   "2212", "2213", "2214", "2306"};
+};
+
+struct World {
+    explicit World(Input& input);
+
+    StringMap ticket, head, body, local, range;
+    std::shared_ptr<FuzzTable> table = std::make_shared<FuzzTable>();
+};
+
+// Expressions that go back and forth over a long code take for ever by their nature: masks stay short.
+std::string Short(std::string text)
+{
+    text.resize(std::min<std::size_t>(text.size(), 8));
+    return text;
+}
+
+World::World(Input& input)
+{
+    table->m_absent = input.Byte();
+    while (!input.AtEnd()) {
+        const unsigned kind = input.Byte() % 8;
+        StringMap* const maps[] = {&ticket, &head, &body, &local, &ticket};
+        if (kind < 5) {
+            const std::string key = kKeys[input.Byte() % std::size(kKeys)];
+            (*maps[kind])[key] = input.Line();
+        } else if (kind == 5) {
+            range[input.Byte() % 2 == 0 ? "0_begin" : "0_end"] = input.Line();
+        } else {
+            table->m_cells.push_back(Short(input.Line()));
+        }
+    }
+}
+
+class Trades : public TradeProvider
+{
+public:
+    explicit Trades(World& world) : m_world(world) {}
+
+    int Attach(int, std::shared_ptr<TradeObserver>) override { return 0; }
+    int SendTradeRequest(std::shared_ptr<TradeObserver>,
+                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
+    {
+        Check(request->head.at("type") == "1025", "another request");
+        return 0;
+    }
+    int GetString(const std::string&, std::shared_ptr<std::string>& value) override
+    {
+        value = std::make_shared<std::string>(Short(m_world.local["zqmc"]));
+        return 0;
+    }
+    int SubscribeKey(const std::string&, bool, std::shared_ptr<TradeObserver>) override { return 0; }
+    int SetStringMap(const std::string&, std::shared_ptr<StringMap>) override { return 0; }
+    std::shared_ptr<StringMap> GetStringMap(const std::string&) override
+    {
+        return std::make_shared<StringMap>(m_world.range);
+    }
+    std::shared_ptr<HostTable> GetTable(const std::string&) override { return m_world.table; }
+
+private:
+    World& m_world;
+};
+
+class Side : public TradeObserver
+{
+public:
+    void* ObserverSelf() override { return this; }
+};
+
+// What may be raised is raised for masks and market numbers that are none.
+template <class Operation>
+void Run(Operation operation)
+{
+    try {
+        operation();
+    } catch (const std::regex_error&) {
+    } catch (const std::invalid_argument&) {
+    } catch (const std::out_of_range&) {
+    }
+}
+
+bool HoldsOneOf(const std::string& value, std::initializer_list<const char*> values)
+{
+    return std::any_of(values.begin(), values.end(), [&](const char* one) { return value == one; });
+}
+
+void CheckQuote(const StringMap& ticket)
+{
+    Check(HoldsOneOf(ticket.at("isshowxj"), {"0", "1"}) && HoldsOneOf(ticket.at("islxjj"), {"0", "1"}),
+          "a flag is neither");
+    Check(ticket.at("islxjj") == "0" || ticket.at("isshowxj") == "1", "limits that aren't offered");
+}
+
+void Push(DataDealBase& rules, const World& world)
+{
+    auto push = std::make_shared<QuotePushRecord>();
+    push->head = world.head;
+    push->rows = {world.body};
+    StringMap out = world.ticket;
+    rules.OnQuotePush(push, out);
+    if (out != world.ticket) {
+        CheckQuote(out);
+    }
+}
+
+void Answer(DataDealBase& rules, const World& world)
+{
+    auto answer = std::make_shared<StockInfoAnswer>();
+    answer->request =
+        std::make_shared<ddsdk::TradeRequestParam>(ddsdk::TradeRequestParam{{}, world.ticket, world.ticket});
+    answer->reply = std::make_shared<ddsdk::TradeRequestParam>(
+        ddsdk::TradeRequestParam{world.head, world.body, world.local});
+    StringMap out = world.ticket;
+    rules.OnStockInfo(answer, out);
+    Check(out.at("pushflag") == "0", "not the answer's flag");
+    if (!out.contains("duplicatecode_count")) {
+        CheckQuote(out);
+        Check(out.at("price_step").size() < 100 || !world.body.empty(), "an endless step");
+    }
+    StringMap choices;
+    rules.ResolveDuplicateCodes(answer, choices);
+}
+
+void Order(DataDealBase& rules, const World& world)
+{
+    StringMap order = world.ticket;
+    StringMap result;
+    rules.CheckOrder(order, result);
+    Check(HoldsOneOf(result.at("check"), {"0", "1"}), "no verdict");
+    Check(result.contains("ret_text") == (result.at("check") == "0"),
+          "a refusal without words, or words without it");
+    StringMap ticket = world.ticket;
+    rules.FillMaxAmount(ticket);
+    Check(!ticket.at("dd_amount").empty() && ticket.at("dd_amount").front() != '-', "no amount");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+{
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Input input({reinterpret_cast<const char*>(data), size});
+    World world(input);
+    Trades trades(world);
+    const auto side = std::make_shared<Side>();
+    side->SetProvider(&trades);
+    DataDealBase rules;
+    rules.SetObservers({}, side);
+    Run([&] { Push(rules, world); });
+    Run([&] { Answer(rules, world); });
+    Run([&] { Order(rules, world); });
+    Run([&] {
+        StringMap ticket = world.ticket;
+        rules.RequestUsableAmount(ticket);
+    });
+    std::string one;
+    std::string other;
+    const std::string code = world.ticket["stockcode"];
+    Run([&] { rules.FindAccountForCode(0, world.ticket["market"], code, one, other, size % 2 == 0); });
+    Run([&] { rules.QueryMarketOrderTypes(0, world.ticket["market"], code); });
+    Run([&] { rules.FindAccountByMarket(world.ticket["market"], one); });
+    return 0;
+}

@@ -1,0 +1,103 @@
+#include "order_ticket/ticket_face.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/number_text.h"
+
+namespace panelry
+{
+
+namespace
+{
+
+constexpr int kLevels = 5;
+constexpr double kSmallestPrice = 0.0001;
+
+QString Text(const StringMap& ticket, const std::string& key)
+{
+    const auto found = ticket.find(key);
+    return found == ticket.end() ? QString() : QString::fromStdString(found->second);
+}
+
+double Number(const StringMap& ticket, const char* key)
+{
+    return TextToDouble(Text(ticket, key).toStdString());
+}
+
+// Worked out here: "rise_fall_scale" is a percentage after a push and a difference after an answer.
+void ReadChange(const StringMap& ticket, TicketFace& face)
+{
+    const double close = Number(ticket, "last_closing_price");
+    const double latest = Number(ticket, "latest_price");
+    if (close < kSmallestPrice || latest < kSmallestPrice) {
+        return;
+    }
+    const double percent = (latest - close) / close * 100;
+    face.direction = latest > close ? 1 : latest < close ? -1 : 0;
+    face.change = QString::fromStdString((face.direction > 0 ? "+" : "") + FixedText(percent, 2) + '%');
+}
+
+QString Range(const QString& low, const QString& high)
+{
+    return low.isEmpty() && high.isEmpty() ? QString() : low + QStringLiteral(" – ") + high;
+}
+
+BookLevel ReadLevel(const StringMap& ticket, const char* side, const QString& name, int level)
+{
+    const std::string prefix = side + std::string(1, '_') + std::to_string(level);
+    return {name + QString::number(level), Text(ticket, prefix + "_price"), Text(ticket, prefix + "_amount")};
+}
+
+}  // namespace
+
+TicketFace ReadFace(const StringMap& ticket)
+{
+    TicketFace face;
+    face.name = Text(ticket, "stock_name");
+    face.latest = Text(ticket, "latest_price");
+    face.known = !face.name.isEmpty() || !face.latest.isEmpty();
+    face.market = TicketMarketName(Text(ticket, "market").toStdString());
+    ReadChange(ticket, face);
+    if (Number(ticket, "raising_limit") >= kSmallestPrice) {
+        face.limits = Range(Text(ticket, "limit_down"), Text(ticket, "raising_limit"));
+    }
+    face.protectedLimits = Range(Text(ticket, "mcxjg"), Text(ticket, "mrxjg"));
+    face.usable = PlainQuantity(Text(ticket, "usable_amount").toStdString());
+    face.unit = Text(ticket, "amount_unit");
+    face.priceStep = Text(ticket, "price_step");
+    face.amountStep = Text(ticket, "amount_step");
+    for (int level = 1; level <= kLevels; ++level) {
+        face.book[static_cast<std::size_t>(kLevels - level)] =
+            ReadLevel(ticket, "sell", QStringLiteral("卖"), level);
+        face.book[static_cast<std::size_t>(kLevels - 1 + level)] =
+            ReadLevel(ticket, "buy", QStringLiteral("买"), level);
+    }
+    return face;
+}
+
+QString TicketMarketName(const std::string& market)
+{
+    constexpr int kFamily = 0xF0;
+    switch (TextToInt(market) & kFamily) {
+        case 16:
+            return QStringLiteral("上海");
+        case 32:
+            return QStringLiteral("深圳");
+        default:
+            return QString::fromStdString(market);
+    }
+}
+
+QString PlainQuantity(const std::string& quantity)
+{
+    return quantity.empty() ? QString() : QString::fromStdString(FixedText(TextToDouble(quantity), 0));
+}
+
+QString Stepped(const QString& text, const std::string& step, int steps, int decimals)
+{
+    const double moved = TextToDouble(text.toStdString()) + steps * TextToDouble(step);
+    return QString::fromStdString(FixedText(std::max(0.0, moved), decimals));
+}
+
+}  // namespace panelry

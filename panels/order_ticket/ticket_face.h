@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+#include <array>
+
+#include "services/records.h"
+
+namespace panelry
+{
+
+/// One line of the order book.
+struct BookLevel {
+    QString name;  ///< "卖1"
+    QString price;
+    QString amount;
+
+    friend bool operator==(const BookLevel& a, const BookLevel& b)
+    {
+        return a.name == b.name && a.price == b.price && a.amount == b.amount;
+    }
+    friend bool operator!=(const BookLevel& a, const BookLevel& b) { return !(a == b); }
+};
+
+/// A ticket map as a trader reads it. Empty texts are shown as such.
+struct TicketFace {
+    bool known = false;  ///< the host has told of a stock
+    QString name;
+    QString market;
+    QString latest;
+    QString change;     ///< in percent, with its sign
+    int direction = 0;  ///< of the change: 1 up, -1 down
+    QString limits;     ///< the day's, "9.00 – 11.00"
+    QString protectedLimits;
+    QString usable;
+    QString unit;
+    QString priceStep;
+    QString amountStep;
+    std::array<BookLevel, 10> book;  ///< sell 5 to 1, then buy 1 to 5
+};
+
+TicketFace ReadFace(const StringMap& ticket);
+
+/// "上海", "深圳", or the number of another market.
+QString TicketMarketName(const std::string& market);
+
+/// A quantity without the decimals that mean nothing: "1200.000000" is "1200".
+QString PlainQuantity(const std::string& quantity);
+
+/// `text` moved by `steps` times `step` and printed with `decimals`; never below 0.
+QString Stepped(const QString& text, const std::string& step, int steps, int decimals);
+
+}  // namespace panelry

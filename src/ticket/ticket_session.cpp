@@ -1,0 +1,259 @@
+#include "ticket/ticket_session.h"
+
+#include <QMetaObject>
+#include <QObject>
+#include <QPointer>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "ticket/ticket_keys.h"
+
+namespace panelry
+{
+
+namespace
+{
+
+using ticket::Key;
+using ticket::Peek;
+namespace key = ticket::key;
+
+constexpr char kStockInfoRequest[] = "1025";
+constexpr std::size_t kMostNews = 32;  // of either kind, in the mailbox
+
+const std::string& kAskedCode = Key("zqdm");
+const std::string& kAskedMarket = Key("local_market");
+
+}  // namespace
+
+/// Between the host's threads, which put something in, and the panel's, which empties it.
+class TicketMailbox
+{
+public:
+    struct News {
+        std::deque<std::shared_ptr<StockInfoAnswer>> answers;
+        std::deque<std::shared_ptr<QuotePushRecord>> pushes;
+    };
+
+    /// `taken` runs in `receiver`'s thread after something was put in.
+    TicketMailbox(QObject* receiver, std::function<void()> taken)
+        : m_taken(std::move(taken)), m_receiver(receiver)
+    {
+    }
+
+    void Put(std::shared_ptr<StockInfoAnswer> answer) { Put(m_news.answers, std::move(answer)); }
+    void Put(std::shared_ptr<QuotePushRecord> push) { Put(m_news.pushes, std::move(push)); }
+
+    News Take()
+    {
+        const std::lock_guard guard(m_lock);
+        m_called = false;
+        return std::exchange(m_news, {});
+    }
+
+    /// From here on nobody is called.
+    void Close()
+    {
+        const std::lock_guard guard(m_lock);
+        m_receiver = nullptr;
+        m_news = {};
+    }
+
+private:
+    // The newest stay: each is complete in itself.
+    template <class Record>
+    void Put(std::deque<Record>& records, Record record)
+    {
+        const std::lock_guard guard(m_lock);
+        records.push_back(std::move(record));
+        if (records.size() > kMostNews) {
+            records.pop_front();
+        }
+        Call();
+    }
+
+    // With the lock held, so that the receiver can't die meanwhile; the call itself is only queued.
+    void Call()
+    {
+        if (m_receiver && !std::exchange(m_called, true)) {
+            QMetaObject::invokeMethod(m_receiver, m_taken, Qt::QueuedConnection);
+        }
+    }
+
+    const std::function<void()> m_taken;
+
+    std::mutex m_lock;  // guards the rest
+    QObject* m_receiver;
+    bool m_called = false;
+    News m_news;
+};
+
+/// The panel's end of both providers.
+class TicketSides : public QuoteObserver, public TradeObserver
+{
+public:
+    explicit TicketSides(std::shared_ptr<TicketMailbox> mailbox) : m_mailbox(std::move(mailbox)) {}
+
+    void* ObserverSelf() override { return this; }
+
+    void OnQuotePush(std::shared_ptr<QuotePushRecord> push) override
+    {
+        if (push) {
+            m_mailbox->Put(std::move(push));
+        }
+    }
+
+    // Every answer comes here, whatever was asked.
+    void OnFundsPush(std::shared_ptr<StockInfoAnswer> answer) override
+    {
+        static const std::string& type = Key("type");
+        if (answer && answer->request && answer->reply &&
+            Peek(answer->request->head, type) == kStockInfoRequest) {
+            m_mailbox->Put(std::move(answer));
+        }
+    }
+
+private:
+    const std::shared_ptr<TicketMailbox> m_mailbox;
+};
+
+TicketSession::TicketSession(QuoteProvider* quotes, TradeProvider* trades, TicketListener& listener)
+    : m_listener(listener),
+      m_receiver(std::make_unique<QObject>()),
+      m_mailbox(std::make_shared<TicketMailbox>(m_receiver.get(), [this] { TakeNews(); })),
+      m_sides(std::make_shared<TicketSides>(m_mailbox))
+{
+    m_rules.SetObservers(m_sides, m_sides);
+    m_sides->QuoteObserver::SetProvider(quotes);
+    m_sides->TradeObserver::SetProvider(trades);
+}
+
+TicketSession::~TicketSession()
+{
+    m_mailbox->Close();
+    Unsubscribe();
+    m_sides->QuoteObserver::SetProvider(nullptr);
+    m_sides->TradeObserver::SetProvider(nullptr);
+}
+
+void TicketSession::Open(StringMap fields)
+{
+    Close();
+    m_ticket = std::move(fields);
+    m_rules.RequestStockInfo(m_ticket);
+    m_askedMarket = m_ticket[key::kMarket];  // it may have been corrected
+}
+
+void TicketSession::Close()
+{
+    Unsubscribe();
+    m_ticket.clear();
+    m_askedMarket.clear();
+}
+
+void TicketSession::AskUsableAmount(const std::string& price)
+{
+    StringMap asked = m_ticket;  // the mark that this question carries stays out of the ticket
+    asked[key::kPrice] = price;
+    m_rules.RequestUsableAmount(asked);
+    m_askedMarket = asked[key::kMarket];
+}
+
+void TicketSession::TakeNews()
+{
+    const TicketMailbox::News news = m_mailbox->Take();
+    const QPointer<QObject> alive(m_receiver.get());  // a listener may end the session
+    try {
+        for (const std::shared_ptr<StockInfoAnswer>& answer : news.answers) {
+            if (alive && IsForThisTicket(*answer)) {
+                TakeAnswer(answer);
+            }
+        }
+        bool pushed = false;
+        for (const std::shared_ptr<QuotePushRecord>& push : news.pushes) {
+            pushed = (alive && TakePush(push)) || pushed;
+        }
+        if (alive && pushed) {
+            m_listener.OnTicketChanged(TicketNews::Quote);
+        }
+    } catch (const std::exception& problem) {
+        if (alive) {
+            m_listener.OnTicketProblem(problem.what());
+        }
+    }
+}
+
+bool TicketSession::IsForThisTicket(const StockInfoAnswer& answer) const
+{
+    const std::string& code = Peek(m_ticket, key::kStockCode);
+    return !code.empty() && Peek(answer.request->body, kAskedCode) == code &&
+           Peek(answer.request->local, kAskedMarket) == m_askedMarket;
+}
+
+void TicketSession::TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer)
+{
+    StringMap filled = m_ticket;
+    m_rules.OnStockInfo(answer, filled);
+    if (filled.contains("duplicatecode_count")) {
+        return TellChoices(filled);
+    }
+    m_ticket.swap(filled);
+    const bool usableOnly = m_ticket.erase(key::kUsableOnly) != 0;
+    if (!usableOnly && !m_ticket[key::kStockCode].empty()) {
+        Subscribe({ticket::MarketByte(m_ticket[key::kMarket]), m_ticket[key::kStockCode]});
+    }
+    m_listener.OnTicketChanged(usableOnly ? TicketNews::UsableAmount : TicketNews::Stock);
+}
+
+// The choices go to the panel and not into the ticket, which is still the one that was opened.
+void TicketSession::TellChoices(const StringMap& filled)
+{
+    static const std::string& market = Key("duplicatecode_market");
+    std::map<int, TicketChoice> choices;  // in the host's order
+    // Over the keys that are there: the host's count may be anything. No digit follows in "..marketname0".
+    for (auto entry = filled.lower_bound(market + '0'); entry != filled.end() && entry->first < market + ':';
+         ++entry) {
+        const std::string number = entry->first.substr(market.size());
+        choices[TextToInt(number)] = {entry->second, Peek(filled, "duplicatecode_stockcode" + number),
+                                      Peek(filled, "duplicatecode_marketname" + number),
+                                      Peek(filled, "duplicatecode_stockname" + number)};
+    }
+    std::vector<TicketChoice> told;
+    for (auto& [number, choice] : choices) {
+        told.push_back(std::move(choice));
+    }
+    m_listener.OnTicketChoices(told);
+}
+
+bool TicketSession::TakePush(const std::shared_ptr<QuotePushRecord>& push)
+{
+    if (m_subscribed.empty() || push->rows.size() != 1 ||
+        Peek(push->rows.front(), key::kStockCode) != MarketCodeKey(m_subscribed.front())) {
+        return false;
+    }
+    m_rules.OnQuotePush(push, m_ticket);
+    return true;
+}
+
+void TicketSession::Subscribe(const MarketCode& stock)
+{
+    Unsubscribe();
+    std::vector<MarketCode> wanted{stock};
+    if (m_sides->SubscribeCodes(wanted, true) >= 0) {
+        m_subscribed = std::move(wanted);
+    }
+}
+
+void TicketSession::Unsubscribe()
+{
+    if (!m_subscribed.empty()) {
+        std::vector<MarketCode> ended = std::exchange(m_subscribed, {});
+        m_sides->SubscribeCodes(ended, false);
+    }
+}
+
+}  // namespace panelry

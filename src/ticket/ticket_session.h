@@ -1,0 +1,113 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "services/quote_provider.h"
+#include "services/records.h"
+#include "services/trade_provider.h"
+#include "ticket/data_deal_base.h"
+
+class QObject;
+
+namespace panelry
+{
+
+class TicketMailbox;
+class TicketSides;
+
+/// What has changed a ticket.
+enum class TicketNews {
+    Stock,         ///< the answer about a stock: everything may be new
+    UsableAmount,  ///< the answer to AskUsableAmount()
+    Quote,         ///< one quote push or several
+};
+
+/// One of the stocks that a code stands for.
+struct TicketChoice {
+    std::string market;      ///< in decimal, for Open()
+    std::string stockCode;   ///< without a market
+    std::string marketName;  ///< UTF-8, as the next
+    std::string stockName;
+};
+
+/// What a panel hears of its ticket, on the thread on which it made its session. Any of these may open
+/// another stock, or destroy the session.
+class TicketListener
+{
+public:
+    virtual ~TicketListener() = default;
+
+    /// TicketSession::Ticket() has new values.
+    virtual void OnTicketChanged(TicketNews news) = 0;
+    /// The code is ambiguous: open one of `choices`. The ticket has only what it was opened with.
+    virtual void OnTicketChoices(const std::vector<TicketChoice>& choices) = 0;
+    /// What the host sent can't be used, such as code masks that are malformed. `problem` is for people.
+    virtual void OnTicketProblem(const std::string& problem) = 0;
+};
+
+/// One order ticket of a panel, fed by the host: owns the rules and the observer pair through which they reach
+/// the host, asks for a stock, and keeps the ticket map up to date with answers and quote pushes.
+///
+///     class Panel : public ModuleBase, TicketListener {
+///         void SetProviders(void* quotes, void* trades) override {
+///             m_session.emplace(static_cast<QuoteProvider*>(quotes), static_cast<TradeProvider*>(trades), *this);
+///         }
+///         void OnCodeTyped(const std::string& code) { m_session->Open({{"stockcode", code}, {"czlb", "B"}}); }
+///         void OnTicketChanged(TicketNews) override { Show(m_session->Ticket()); }
+///
+/// Answers and pushes for a stock that is no longer open are dropped. Of what comes faster than the panel
+/// takes them the oldest are dropped too: each is complete in itself.
+///
+/// Ownership: owns everything but the providers, which are the host's, and the listener; both must outlive it.
+///   A provider may hold the observers longer; they are deaf then.
+/// Threading: one thread, which must have an event loop: construct, use and destroy it there. The host's threads
+///   only put answers and pushes into a mailbox.
+/// Failures: without a provider (null), or where the host refuses, nothing is answered and nothing is told.
+class TicketSession
+{
+public:
+    TicketSession(QuoteProvider* quotes, TradeProvider* trades, TicketListener& listener);
+    ~TicketSession();
+    TicketSession(const TicketSession&) = delete;
+    TicketSession& operator=(const TicketSession&) = delete;
+
+    /// Starts a new ticket that has just these fields, and asks for its stock: "stockcode", "market" where it is
+    /// known, and what the request takes besides (see DataDealBase::RequestStockInfo()). Pushes of the stock
+    /// begin with its answer.
+    void Open(StringMap fields);
+
+    /// Ends the ticket: the map becomes empty and nothing more is told until the next Open().
+    void Close();
+
+    /// Asks how much can be traded at `price`; the answer is told as TicketNews::UsableAmount.
+    void AskUsableAmount(const std::string& price);
+
+    /// The ticket as it stands. A panel may write into it what its user enters ("price", "amount", "mmlb",
+    /// "dd_money"); the keys of answers and pushes are overwritten by the next ones.
+    StringMap& Ticket() { return m_ticket; }
+
+    /// For all that isn't told: CheckOrder(), FillMaxAmount() and the rest, with Ticket().
+    DataDealBase& Rules() { return m_rules; }
+
+private:
+    void TakeNews();
+    void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
+    bool IsForThisTicket(const StockInfoAnswer& answer) const;
+    bool TakePush(const std::shared_ptr<QuotePushRecord>& push);
+    void TellChoices(const StringMap& filled);
+    void Subscribe(const MarketCode& stock);
+    void Unsubscribe();
+
+    TicketListener& m_listener;
+    DataDealBase m_rules;
+    StringMap m_ticket;
+    std::string m_askedMarket;
+    std::vector<MarketCode> m_subscribed;  // none or one
+    std::unique_ptr<QObject> m_receiver;   // in it the mailbox's events arrive
+    std::shared_ptr<TicketMailbox> m_mailbox;
+    std::shared_ptr<TicketSides> m_sides;
+};
+
+}  // namespace panelry

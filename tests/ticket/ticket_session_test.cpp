@@ -1,0 +1,276 @@
+#include "ticket/ticket_session.h"
+
+#include <QThread>
+#include <atomic>
+#include <optional>
+#include <thread>
+
+#include "support/test.h"
+#include "ticket/stage.h"
+
+using namespace panelry;
+using panelry::test::AnswerText;
+using panelry::test::Fields;
+using panelry::test::Unlike;
+
+namespace
+{
+
+// Answers when the test wants it, on a thread of its own, as hosts do.
+class LateTrades : public test::KeepingTradeProvider
+{
+public:
+    int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
+                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
+    {
+        m_subscriber = subscriber;
+        return KeepingTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
+    }
+
+    void Answer(std::size_t request, const AnswerText& text)
+    {
+        const std::shared_ptr<StockInfoAnswer> answer = text.Make();
+        answer->request = m_sent.at(request);
+        std::thread([&] { m_subscriber->OnFundsPush(answer); }).join();
+    }
+
+    std::shared_ptr<TradeObserver> m_subscriber;
+};
+
+class LateQuotes : public test::KnowingQuoteProvider
+{
+public:
+    int SubscribeCodes(std::vector<MarketCode>& codes, bool on,
+                       std::shared_ptr<QuoteObserver> subscriber) override
+    {
+        m_subscriber = std::move(subscriber);
+        m_subscriptions += Words(codes) + (on ? " on" : " off");
+        return 0;
+    }
+
+    void Push(const QByteArray& row)
+    {
+        auto push = std::make_shared<QuotePushRecord>();
+        push->head = Fields("type=pushdata pushflag=1");
+        push->rows = {Fields(row)};
+        std::thread([&] { m_subscriber->OnQuotePush(push); }).join();
+    }
+
+    std::shared_ptr<QuoteObserver> m_subscriber;
+    std::string m_subscriptions;
+};
+
+class Panel : public TicketListener
+{
+public:
+    void OnTicketChanged(TicketNews news) override
+    {
+        m_heard += news == TicketNews::Stock ? "stock " : news == TicketNews::Quote ? "quote " : "usable ";
+        m_onPanelsThread = m_onPanelsThread && QThread::currentThread() == qApp->thread();
+        if (m_endAfterNews) {
+            m_session.reset();
+        }
+    }
+    void OnTicketChoices(const std::vector<TicketChoice>& choices) override
+    {
+        m_heard += "choices ";
+        m_choices = choices;
+    }
+    void OnTicketProblem(const std::string& problem) override
+    {
+        m_heard += problem.empty() ? "" : "problem ";
+    }
+
+    LateQuotes m_quotes;
+    LateTrades m_trades;
+    std::optional<TicketSession> m_session{std::in_place, &m_quotes, &m_trades, *this};
+    std::string m_heard;
+    std::vector<TicketChoice> m_choices;
+    bool m_onPanelsThread = true;
+    bool m_endAfterNews = false;
+};
+
+const AnswerText kBank{"", "", "codetype=17 newprice=10.00", "wtsl=300", "zqdm=600000 zqmc=bank"};
+const QByteArray kPush =
+    "stockcode=\x11"
+    "600000 latest_price=";
+
+// What the mailbox holds has been handed over when this returns.
+void Deliver()
+{
+    QCoreApplication::sendPostedEvents();
+}
+
+}  // namespace
+
+class TicketSessionTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void AnAnswerFillsTheTicketOnThePanelsThread()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17 czlb=B"));
+        QCOMPARE(panel.m_heard, std::string());
+        panel.m_trades.Answer(0, kBank);
+        QCOMPARE(panel.m_heard, std::string());  // not on the host's thread
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock "));
+        QVERIFY(panel.m_onPanelsThread);
+        QCOMPARE(Unlike(panel.m_session->Ticket(),
+                        "stock_name=bank latest_price=10.00 usable_amount=300 pushflag=0"),
+                 QString());
+        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on"));
+    }
+
+    void AnswersThatAreNotForThisTicketAreDropped_data()
+    {
+        QTest::addColumn<QByteArray>("next");
+        QTest::newRow("another code was opened") << QByteArray("stockcode=600001 market=17");
+        QTest::newRow("another market was opened") << QByteArray("stockcode=600000 market=33");
+    }
+
+    void AnswersThatAreNotForThisTicketAreDropped()
+    {
+        QFETCH(const QByteArray, next);
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_session->Open(Fields(next));
+        panel.m_trades.Answer(0, kBank);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string());
+        panel.m_trades.Answer(1, kBank);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock "));
+        panel.m_session->Close();
+        panel.m_trades.Answer(1, kBank);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock "));
+    }
+
+    void AnswersToOtherRequestsAndIncompleteOnesAreNotTaken()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_trades.m_sent[0]->head["type"] = "5";
+        panel.m_trades.Answer(0, kBank);
+        panel.m_trades.m_subscriber->OnFundsPush(nullptr);
+        panel.m_trades.m_subscriber->OnFundsPush(std::make_shared<StockInfoAnswer>());
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string());
+    }
+
+    void PushesOfTheStockAreToldOnceForMany()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_trades.Answer(0, kBank);
+        Deliver();
+        panel.m_heard.clear();
+        for (int i = 0; i < 1000; ++i) {
+            panel.m_quotes.Push(kPush + QByteArray::number(i));
+        }
+        panel.m_quotes.Push(
+            "stockcode=\x21"
+            "600000 latest_price=7");  // of another market
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("quote "));
+        QCOMPARE(Unlike(panel.m_session->Ticket(), "latest_price=999 market=17"), QString());
+
+        panel.m_session->Open(Fields("stockcode=600001 market=17"));
+        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
+        panel.m_quotes.Push(kPush + "1");  // was under way
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("quote "));
+    }
+
+    void TheUsableAmountIsAskedAndComesAlone()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_trades.Answer(0, kBank);
+        Deliver();
+        panel.m_session->AskUsableAmount("9.99");
+        QCOMPARE(Unlike(panel.m_trades.m_sent.at(1)->body, "wt_price=9.99 zqdm=600000"), QString());
+        AnswerText answer = kBank;
+        answer.body = "wtsl=200";
+        panel.m_trades.Answer(1, answer);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock usable "));
+        QCOMPARE(Unlike(panel.m_session->Ticket(), "usable_amount=200 !local_cx_wtsl"), QString());
+    }
+
+    void AnAmbiguousCodeIsToldAsChoices()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=000001"));
+        AnswerText answer;
+        answer.local =
+            "dup=2000000000 s1=11,000001,SH,index s10=21,000001,SZ,\xc6\xbd s2=22,000001,SZ,two s3=none";
+        panel.m_trades.Answer(0, answer);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("choices "));
+        QCOMPARE(panel.m_choices.size(), std::size_t{3});
+        QCOMPARE(panel.m_choices[0].market + panel.m_choices[1].market + panel.m_choices[2].market,
+                 std::string("173433"));
+        QCOMPARE(panel.m_choices[2].stockName, std::string("平"));
+        QCOMPARE(Unlike(panel.m_session->Ticket(), "stockcode=000001 !duplicatecode_count"), QString());
+    }
+
+    void MalformedMasksAreAProblemAndNoEnd()
+    {
+        Panel panel;
+        panel.m_trades.m_strings["Json_TZM_SBA"] = std::make_shared<std::string>("(");
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_trades.Answer(0, kBank);
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("problem "));
+    }
+
+    void ASessionMayEndInsideItsNewsAndUnderDeliveries()
+    {
+        Panel panel;
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_trades.Answer(0, kBank);
+        panel.m_trades.Answer(0, kBank);
+        panel.m_endAfterNews = true;
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock "));
+        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
+        panel.m_trades.Answer(0, kBank);  // the host still holds the observers
+        panel.m_quotes.Push(kPush + "1");
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string("stock "));
+
+        for (int round = 0; round < 50; ++round) {
+            std::optional<Panel> busy(std::in_place);
+            busy->m_session->Open(Fields("stockcode=600000 market=17"));
+            const auto answer = kBank.Make();
+            answer->request = busy->m_trades.m_sent.at(0);
+            std::atomic<bool> stop{false};
+            std::thread host([&stop, answer, subscriber = busy->m_trades.m_subscriber] {
+                while (!stop) {
+                    subscriber->OnFundsPush(answer);
+                }
+            });
+            QTRY_VERIFY(!busy->m_heard.empty());
+            busy->m_session.reset();
+            stop = true;
+            host.join();
+        }
+    }
+
+    void WithoutProvidersNothingComes()
+    {
+        Panel panel;
+        panel.m_session.emplace(nullptr, nullptr, panel);
+        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_session->AskUsableAmount("1");
+        Deliver();
+        QCOMPARE(panel.m_heard, std::string());
+    }
+};
+
+PANELRY_TEST(TicketSessionTest)
+#include "ticket_session_test.moc"
