@@ -1,0 +1,163 @@
+#include "host_tables/trade_link.h"
+
+#include <QMetaObject>
+#include <map>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "services/trade_observer.h"
+
+namespace panelry
+{
+
+// The host's threads leave their news here, as long as the link is there to take them.
+class TradeLink::Observer : public TradeObserver
+{
+public:
+    struct News {
+        std::map<std::string, std::shared_ptr<HostTable>> tables;
+        std::map<std::string, std::shared_ptr<StringMap>> maps;
+        std::vector<std::shared_ptr<StockInfoAnswer>> answers;
+    };
+
+    explicit Observer(TradeLink* link) : m_link(link) {}
+
+    void* ObserverSelf() override { return this; }
+    void OnTableChanged(const std::string& name, std::shared_ptr<HostTable> table) override
+    {
+        if (table) {
+            Leave([&](News& news) { news.tables[name] = std::move(table); });
+        }
+    }
+    void OnDataPush(const std::string& name, std::shared_ptr<StringMap> map) override
+    {
+        if (map) {
+            Leave([&](News& news) { news.maps[name] = std::move(map); });
+        }
+    }
+    void OnFundsPush(std::shared_ptr<StockInfoAnswer> answer) override
+    {
+        if (answer) {
+            Leave([&](News& news) { news.answers.push_back(std::move(answer)); });
+        }
+    }
+
+    News Take()
+    {
+        const std::lock_guard guard(m_lock);
+        m_told = false;
+        return std::exchange(m_news, {});
+    }
+    void Forget()
+    {
+        News unread;  // freed without the lock
+        const std::lock_guard guard(m_lock);
+        m_link = nullptr;
+        std::swap(unread, m_news);
+    }
+
+private:
+    template <class Put>
+    void Leave(Put put)
+    {
+        const std::lock_guard guard(m_lock);
+        if (!m_link) {
+            return;
+        }
+        put(m_news);
+        if (!std::exchange(m_told, true)) {
+            QMetaObject::invokeMethod(m_link, &TradeLink::TakeNews, Qt::QueuedConnection);
+        }
+    }
+
+    std::mutex m_lock;  // guards the rest
+    TradeLink* m_link;
+    News m_news;
+    bool m_told = false;
+};
+
+TradeLink::TradeLink(TradeProvider* provider, QObject* parent) : QObject(parent)
+{
+    if (!provider) {
+        return;
+    }
+    m_observer = std::make_shared<Observer>(this);
+    m_observer->SetProvider(provider);
+    for (DataDealBase* const logic :
+         std::initializer_list<DataDealBase*>{&m_form, &m_funds, &m_marginFunds}) {
+        logic->SetObservers({}, m_observer);
+    }
+}
+
+TradeLink::~TradeLink()
+{
+    if (m_observer) {
+        m_observer->Forget();
+        m_observer->UnsubscribeAll();
+    }
+}
+
+void TradeLink::FollowTable(const std::string& name)
+{
+    if (m_observer) {
+        m_observer->SubscribeKey(name, true);
+        m_observer->OnTableChanged(name, m_observer->GetTable(name));
+    }
+}
+
+void TradeLink::FollowMap(const std::string& name)
+{
+    if (m_observer) {
+        m_observer->SubscribeKey(name, true);
+        m_observer->OnDataPush(name, m_observer->GetStringMap(name));
+    }
+}
+
+void TradeLink::Ask(Query query, const std::string& table, bool margin)
+{
+    StringMap parameters{{"table_name", table}};
+    if (margin) {
+        parameters["rzrq"] = "1";
+    }
+    (static_cast<DataDealBase&>(m_form).*query)(parameters);
+}
+
+void TradeLink::AskFunds(bool margin)
+{
+    StringMap none;
+    (margin ? static_cast<DataDealBase&>(m_marginFunds) : m_funds).QueryFunds(none);
+}
+
+bool TradeLink::Cancel(const std::string& contract, bool margin)
+{
+    StringMap row{{"htbh", contract}, {"rzrq", margin ? "1" : "0"}};
+    const auto request = std::make_shared<ddsdk::TradeRequestParam>();
+    m_form.FillCancelRequest(request, row);
+    return m_observer && m_observer->SendTradeRequest(request) >= 0;
+}
+
+void TradeLink::TakeNews()
+{
+    const Observer::News news = m_observer->Take();
+    for (const auto& answer : news.answers) {
+        TakeAnswer(answer);
+    }
+    for (const auto& [name, table] : news.tables) {
+        Q_EMIT TableChanged(name, table);
+    }
+    for (const auto& [name, map] : news.maps) {
+        Q_EMIT MapChanged(name, *map);
+    }
+}
+
+// Each of the two takes what answers its own question.
+void TradeLink::TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer)
+{
+    for (DataDealBase* const funds : std::initializer_list<DataDealBase*>{&m_funds, &m_marginFunds}) {
+        StringMap scratch;
+        funds->OnFundsAnswer(answer, scratch);
+    }
+}
+
+}  // namespace panelry

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QObject>
+#include <memory>
+#include <string>
+
+#include "services/host_table.h"
+#include "services/records.h"
+#include "tables/rzrq_zi_jin_info.h"
+#include "tables/table_form_info.h"
+#include "tables/zi_jin_info.h"
+
+class TradeProvider;
+
+namespace panelry
+{
+
+/// A panel's end of the host's trade side: follows tables and maps by name, tells their news on the panel's
+/// thread, and sends what the panel asks for.
+///
+/// News that come faster than the panel takes them are told once, with the newest content.
+///
+/// Ownership: a plain child object; the provider is the host's and may keep the observer behind it, which is
+///   deaf then. Threading: application thread; the host's threads only leave news.
+/// Failures: without a provider nothing is followed, and Send() returns false.
+class TradeLink : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `provider` may be null.
+    TradeLink(TradeProvider* provider, QObject* parent);
+    ~TradeLink() override;
+
+    /// News under `name` from here on; what the host has by now is told at once.
+    void FollowTable(const std::string& name);
+    void FollowMap(const std::string& name);
+
+    /// Asks for one table; see TableFormInfo.
+    using Query = void (DataDealBase::*)(StringMap&);
+    void Ask(Query query, const std::string& table, bool margin);
+    /// Asks for the funds of one account; the answer is published as maps.
+    void AskFunds(bool margin);
+    /// Adds up the profit of the holdings in `table` and publishes it with the funds.
+    void PublishProfit(const std::shared_ptr<HostTable>& table) { m_funds.OnPositionsTable(table); }
+
+    /// Sends the cancel of the order `contract`; false if the host didn't take it.
+    bool Cancel(const std::string& contract, bool margin);
+
+Q_SIGNALS:
+    /// `table` isn't null.
+    void TableChanged(const std::string& name, const std::shared_ptr<HostTable>& table);
+    void MapChanged(const std::string& name, const StringMap& map);
+
+private:
+    class Observer;
+
+    void TakeNews();
+    void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
+
+    std::shared_ptr<Observer> m_observer;  // null without a provider
+    TableFormInfo m_form;
+    ZiJinInfo m_funds;
+    RzrqZiJinInfo m_marginFunds;
+};
+
+}  // namespace panelry

@@ -1,0 +1,44 @@
+#include "refresh/workers.h"
+
+#include "base/number_text.h"
+#include "refresh/table_reader.h"
+
+namespace panelry::refresh
+{
+
+namespace
+{
+
+void TestQuote(const QuoteRow& row, RefreshState& state)
+{
+    const Crossed crossed = state.openOrders.Test(row.key, TextToDouble(row.price));
+    if (crossed.margin) {
+        state.marginAccount.refreshDue = 1;
+    }
+    if (crossed.normal) {
+        state.normalAccount.refreshDue = 1;
+    }
+}
+
+}  // namespace
+
+void RunTableWorker(std::shared_ptr<RefreshState> state, std::weak_ptr<QuoteObserver> quoteSide)
+{
+    TableReader reader(*state);
+    state->tables.Work([&](std::shared_ptr<HostTable>& table) {
+        try {
+            if (const std::shared_ptr<QuoteObserver> side = quoteSide.lock()) {
+                reader.Read(*table, *side);
+            }
+        } catch (...) {
+            // passed over silently, as a table without its columns
+        }
+    });
+}
+
+void RunQuoteWorker(std::shared_ptr<RefreshState> state)
+{
+    state->quotes.Work([&](const QuoteRow& row) { TestQuote(row, *state); });
+}
+
+}  // namespace panelry::refresh

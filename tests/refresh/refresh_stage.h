@@ -1,0 +1,291 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "refresh/auto_refresh_present.h"
+#include "services/resource_manager.h"
+#include "support/test.h"
+#include "tables/fake_account.h"
+
+namespace panelry::test
+{
+
+/// The settings that the library reads, one table for the whole process. Changed while no presenter runs.
+inline ConfigTable& Settings()
+{
+    static ConfigTable& settings = *new ConfigTable;
+    static const bool set = [] {
+        ResourceManager::Instance(true)->SetConfigTables(&settings, nullptr);
+        return true;
+    }();
+    static_cast<void>(set);
+    return settings;
+}
+
+/// The host: both providers and one list, in words, of all that was asked of them. Any thread.
+class FakeHost : public QuoteProvider, public TradeProvider
+{
+public:
+    void Log(std::string what)
+    {
+        const std::lock_guard guard(m_lock);
+        m_log.push_back(std::move(what));
+    }
+
+    /// The list since the last call, ", " between its entries.
+    std::string TakeLog()
+    {
+        const std::lock_guard guard(m_lock);
+        std::string words;
+        for (const std::string& what : m_log) {
+            words += (words.empty() ? "" : ", ") + what;
+        }
+        m_log.clear();
+        return words;
+    }
+
+    int Attach(int, std::shared_ptr<QuoteObserver> subscriber) override
+    {
+        Hold(std::move(subscriber));
+        return 0;
+    }
+    int QueryQuoteFields(int, StringMap&, std::shared_ptr<StringMap>&) override { return -1; }
+    int SubscribeCodes(std::vector<MarketCode>& codes, bool on, std::shared_ptr<QuoteObserver>) override
+    {
+        std::string words = on ? "codes+" : "codes-";
+        for (const MarketCode& stock : codes) {
+            words += ' ' + std::to_string(stock.market) + ':' + stock.code;
+        }
+        Log(words);
+        return Called(words);
+    }
+    int SubscribeTopicA(std::uint32_t, bool, std::shared_ptr<QuoteObserver>) override { return -1; }
+    int SubscribeTopicB(std::uint32_t, std::uint32_t, std::uint32_t, bool,
+                        std::shared_ptr<QuoteObserver>) override
+    {
+        return -1;
+    }
+    int ResolveCodeMarkets(std::vector<MarketCode>& codes) override
+    {
+        const auto corrected = m_markets.find(codes.at(0).code);
+        if (corrected == m_markets.end()) {
+            codes[0].market = 0;
+            Called("resolve");
+            return -1;
+        }
+        codes[0].market = corrected->second;
+        return Called("resolve");
+    }
+    int ListCodeMatches(std::vector<MarketCode>&, std::vector<std::vector<std::string>>&) override
+    {
+        return -1;
+    }
+    int AgreedQuoteCall(std::uintptr_t, std::uintptr_t) override { return -1; }
+
+    int Attach(int, std::shared_ptr<TradeObserver> subscriber) override
+    {
+        const std::lock_guard guard(m_lock);
+        m_tradeSubscriber = std::move(subscriber);
+        return 0;
+    }
+    int SendTradeRequest(std::shared_ptr<TradeObserver>,
+                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
+    {
+        std::string words = request->local["table_name"];
+        if (words.empty()) {
+            words = request->body["rzrq"] == "1" ? "rzrq_funds" : "funds";
+        } else if ((request->body["rzrq"] == "1") != (words.find("rzrq") == 0)) {
+            words += " in the wrong account";
+        }
+        Log(words);
+        return Called(words);
+    }
+    int GetString(const std::string& key, std::shared_ptr<std::string>& value) override
+    {
+        const std::lock_guard guard(m_lock);
+        const auto found = m_strings.find(key);
+        value = found == m_strings.end() ? nullptr : std::make_shared<std::string>(found->second);
+        return 0;
+    }
+    int SubscribeKey(const std::string& name, bool on, std::shared_ptr<TradeObserver>) override
+    {
+        Log((on ? "key+ " : "key- ") + name);
+        return Called("key+ " + name);
+    }
+    int SetStringMap(const std::string& name, std::shared_ptr<StringMap>) override
+    {
+        Log("set " + name);
+        return 0;
+    }
+    std::shared_ptr<StringMap> GetStringMap(const std::string&) override { return nullptr; }
+    std::shared_ptr<HostTable> GetTable(const std::string&) override { return nullptr; }
+
+    void SetString(const std::string& key, const std::string& value)
+    {
+        const std::lock_guard guard(m_lock);
+        m_strings[key] = value;
+    }
+    /// Calls that haven't returned yet.
+    int CallsUnderWay() const { return m_underWay; }
+    /// Lets go of the subscriber, as a provider may at any time.
+    void LetGo()
+    {
+        Hold(nullptr);
+        const std::lock_guard guard(m_lock);
+        m_tradeSubscriber.reset();
+    }
+
+    /// The presenter that has attached itself.
+    std::shared_ptr<AutoRefreshPresent> Present()
+    {
+        const std::lock_guard guard(m_lock);
+        return std::static_pointer_cast<AutoRefreshPresent>(m_quoteSubscriber);
+    }
+
+    int m_result = 0;
+    std::function<void(const std::string&)> m_inside;  // runs inside each call; set while nobody calls
+    std::map<std::string, std::uint8_t> m_markets;     // what codes resolve to; others are unknown
+
+private:
+    int Called(const std::string& what)
+    {
+        ++m_underWay;
+        if (m_inside) {
+            m_inside(what);
+        }
+        --m_underWay;
+        return m_result;
+    }
+    void Hold(std::shared_ptr<QuoteObserver> subscriber)
+    {
+        const std::lock_guard guard(m_lock);
+        m_quoteSubscriber.swap(subscriber);
+    }
+
+    std::atomic<int> m_underWay{0};
+    std::mutex m_lock;
+    std::vector<std::string> m_log;
+    std::map<std::string, std::string> m_strings;
+    std::shared_ptr<QuoteObserver> m_quoteSubscriber;
+    std::shared_ptr<TradeObserver> m_tradeSubscriber;
+};
+
+inline constexpr char kBuyWord[] = "\xC2\xF2\xC8\xEB";   // buy, in the host's code page
+inline constexpr char kSellWord[] = "\xC2\xF4\xB3\xF6";  // sell
+
+/// A table of cancellable orders out of words: "CODE MARKET B|S PRICE CONTRACT; ...". A price "-" is empty.
+inline std::shared_ptr<HostTable> Orders(const std::string& name, const std::string& words)
+{
+    FakeTable::Rows rows;
+    std::istringstream orders(words);
+    for (std::string order; std::getline(orders, order, ';');) {
+        std::istringstream fields(order);
+        std::string code, market, direction, price, contract;
+        if (fields >> code >> market >> direction >> price >> contract) {
+            rows.push_back(
+                {contract, code, direction == "B" ? kBuyWord : kSellWord, price == "-" ? "" : price, market});
+        }
+    }
+    return std::make_shared<FakeTable>(
+        name, std::vector<std::string>{"2135", "2102", "2109", "2127", "32009"}, rows);
+}
+
+/// One push; an empty price or key is left out.
+inline std::shared_ptr<QuotePushRecord> Quote(int market, const std::string& code, const std::string& price)
+{
+    auto record = std::make_shared<QuotePushRecord>();
+    record->rows.push_back({{"stockcode", MarketCodeKey({static_cast<std::uint8_t>(market), code})},
+                            {"latest_price", price},
+                            {"stock_name", "a name"},
+                            {"buy_1_price", "1"}});
+    return record;
+}
+
+/// A presenter in front of a host, whose timers never tick by themselves: the test steps them.
+class RefreshStage
+{
+public:
+    static constexpr char kNever[] = "2000000000";
+
+    RefreshStage() { Settings()["system"] = {{"auto_refresh_interval", kNever}}; }
+    ~RefreshStage()
+    {
+        present->Stop();
+        host.LetGo();
+    }
+    RefreshStage(const RefreshStage&) = delete;
+    RefreshStage& operator=(const RefreshStage&) = delete;
+
+    void Set(const char* key, const char* value) { Settings()["system"][key] = value; }
+
+    void Start()
+    {
+        present->QuoteObserver::SetProvider(&host);
+        present->TradeObserver::SetProvider(&host);
+        present->Start();
+    }
+
+    /// Until the workers have nothing left to do.
+    void Settle() const
+    {
+        QDeadlineTimer deadline(60'000);
+        while (!Settled() && !deadline.hasExpired()) {
+            std::this_thread::yield();
+        }
+        QVERIFY(Settled());
+    }
+    bool Settled() const { return present->State().tables.Settled() && present->State().quotes.Settled(); }
+
+    void PushTable(const std::string& words, const std::string& name = "chedan_table")
+    {
+        present->OnTableChanged(name, Orders(name, words));
+        Settle();
+    }
+    void PushQuote(int market, const std::string& code, const std::string& price)
+    {
+        present->OnQuotePush(Quote(market, code, price));
+        Settle();
+    }
+    void PushData(const StringMap& map)
+    {
+        present->OnDataPush("auto_refresh_data", std::make_shared<StringMap>(map));
+    }
+
+    /// "normal", "margin", both or neither.
+    std::string Due() const
+    {
+        const auto& state = present->State();
+        std::string due = state.normalAccount.refreshDue ? "normal" : "";
+        return due + (state.marginAccount.refreshDue ? (due.empty() ? "margin" : " margin") : "");
+    }
+
+    std::string TickLog()
+    {
+        present->Tick();
+        return host.TakeLog();
+    }
+    std::string FollowUpLog()
+    {
+        present->FollowUp();
+        return host.TakeLog();
+    }
+
+    FakeHost host;
+    std::shared_ptr<AutoRefreshPresent> present = std::make_shared<AutoRefreshPresent>();
+};
+
+inline constexpr char kAllNormal[] = "chedan_table, gupiao_table, chengjiao_table, weituo_table, funds";
+inline constexpr char kAllMargin[] =
+    "rzrq_chedan_table, rzrq_gupiao_table, rzrq_chengjiao_table, rzrq_weituo_table, rzrq_funds";
+
+}  // namespace panelry::test
