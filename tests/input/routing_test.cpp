@@ -1,0 +1,154 @@
+// Messages 120 and 121 on their way to the service, and what the plug-in manager tells it of modules that go.
+
+#include "hosting/stage.h"
+#include "input/fake_hook.h"
+#include "input/hook_manager.h"
+#include "input/hook_subscription.h"
+#include "support/test.h"
+
+using panelry::test::FakeHook;
+using panelry::test::KeyEvent;
+using panelry::test::Stage;
+
+namespace
+{
+
+void Press()
+{
+    uiohook_event event = KeyEvent(EVENT_KEY_PRESSED, 0, VC_A);
+    HookManager::OnHookEvent(&event);
+}
+
+void Send(Stage& stage, int msgId, char sender, const char* text, int target = -1)
+{
+    QByteArray payload(text);
+    stage.manager.SendModuleMessage(msgId, text ? payload.data() : nullptr, &stage[sender], target);
+}
+
+constexpr char kPresses[] = R"({"hook_type":"4"})";
+
+}  // namespace
+
+class HotKeyRoutingTest : public panelry::test::Test
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        Test::init();
+        panelry::test::EnterModuleFolder();
+    }
+
+    void RequestsReachTheServiceInTheNameOfTheirSender()
+    {
+        Stage stage;
+        stage.Play(QStringLiteral("a7 b7 c0"));
+        Send(stage, 120, 'a', kPresses);  // too early: the service isn't there
+        HookManager::Instance(true);
+        Send(stage, 120, 'a', nullptr);
+        Send(stage, 120, 'b', kPresses);
+        Send(stage, 120, 'c', kPresses, 1);  // a target doesn't matter
+        Press();
+        QCOMPARE(stage.log, QStringLiteral("b:119 c:119"));
+        Send(stage, 121, 'b', kPresses);
+        Send(stage, 121, 'c', nullptr);
+        stage.log.clear();
+        Press();
+        QCOMPARE(stage.log, QStringLiteral("c:119"));
+        Send(stage, 121, 'c', "");
+        stage.log.clear();
+        Press();
+        QCOMPARE(stage.log, QString());
+    }
+
+    void AModuleThatGoesHearsNothingMore_data()
+    {
+        QTest::addColumn<QString>("end");
+        QTest::addColumn<QString>("log");
+        QTest::newRow("removed, with its sub-module") << "-a"
+                                                      << "c:119";
+        QTest::newRow("removed, but somebody shares it") << "^a -a"
+                                                         << "c:119";
+        QTest::newRow("all of them") << "x"
+                                     << "";
+        QTest::newRow("all of them, one is shared") << "^c x"
+                                                    << "";
+    }
+    void AModuleThatGoesHearsNothingMore()
+    {
+        QFETCH(QString, end);
+        Stage stage;
+        HookManager::Instance(true);
+        stage.Play(QStringLiteral("a7 ba c7"));
+        for (const char module : {'a', 'b', 'c'}) {
+            Send(stage, 120, module, kPresses);
+        }
+        Press();
+        QCOMPARE(stage.log, QStringLiteral("a:119 b:119 c:119"));
+        stage.log.clear();
+        stage.Play(end);
+        Press();
+        QTEST(stage.log, "log");
+    }
+
+    void TheServiceEndsWithThePlugInManager()
+    {
+        {
+            Stage stage;
+            HookManager::Instance(true)->Start();
+            QVERIFY(FakeHook::Instance().WaitUntilUp(1));
+        }
+        QVERIFY(!HookManager::Instance(false));
+        QVERIFY(FakeHook::Instance().WaitUntilUp(0));
+    }
+
+    // What panels use: the event comes from the hook thread, and is handled on their own, in order.
+    void ASubscriptionHandsEventsOver()
+    {
+        Stage stage;
+        HookManager::Instance(true);
+        stage.Play(QStringLiteral("a7"));
+        std::vector<int> codes;
+        QThread* handledOn = nullptr;
+        auto subscription =
+            std::make_unique<panelry::HookSubscription>(stage['a'], [&](const uiohook_event& event) {
+                codes.push_back(event.data.keyboard.keycode);
+                handledOn = QThread::currentThread();
+            });
+        stage['a'].heard = [&](int, void* payload) { subscription->Take(payload); };
+        subscription->Listen(EVENT_KEY_PRESSED, {"Alt + \"\\", "b", "ctrl+c"});
+        subscription->Listen(EVENT_KEY_RELEASED);
+        const auto fromHookThread = [] {
+            for (const auto& [type, mask, code] :
+                 {std::tuple(EVENT_KEY_PRESSED, 0, VC_A), std::tuple(EVENT_KEY_PRESSED, 0, VC_B),
+                  std::tuple(EVENT_KEY_RELEASED, MASK_CTRL_R, VC_C)}) {
+                uiohook_event event =
+                    KeyEvent(type, static_cast<std::uint16_t>(mask), static_cast<std::uint16_t>(code));
+                HookManager::OnHookEvent(&event);
+                event.data.keyboard.keycode = 0;  // the record is good during the call only
+            }
+        };
+        std::thread(fromHookThread).join();
+        QVERIFY(codes.empty());
+        QCoreApplication::processEvents();
+        QCOMPARE(codes, (std::vector<int>{VC_B, VC_C}));
+        QCOMPARE(handledOn, QThread::currentThread());
+
+        subscription->Unlisten(EVENT_KEY_RELEASED);  // and with it the list
+        std::thread(fromHookThread).join();
+        QCoreApplication::processEvents();
+        QCOMPARE(codes, (std::vector<int>{VC_B, VC_C, VC_A, VC_B}));
+
+        std::thread(fromHookThread).join();
+        subscription.reset();  // with two events on their way
+        stage.log.clear();
+        std::thread(fromHookThread).join();
+        QCoreApplication::processEvents();
+        QCOMPARE(codes.size(), std::size_t{4});
+        QCOMPARE(stage.log, QString());  // it has unregistered the module
+    }
+};
+
+PANELRY_TEST(HotKeyRoutingTest)
+#include "routing_test.moc"
