@@ -17,16 +17,24 @@ namespace
 class PanelsLife
 {
 public:
-    explicit PanelsLife(const HostLibrary& library) : m_library(library)
+    PanelsLife(const HostLibrary& library, DemoHost* services) : m_library(library), m_services(services)
     {
-        m_library.Init(nullptr, nullptr, &HostSide::Callback);
+        m_library.Init(services ? services->Quotes() : nullptr, services ? services->Trades() : nullptr,
+                       &HostSide::Callback);
     }
-    ~PanelsLife() { m_library.Uninit(); }
+    ~PanelsLife()
+    {
+        m_library.Uninit();
+        if (m_services) {
+            m_services->Stop();
+        }
+    }
     PanelsLife(const PanelsLife&) = delete;
     PanelsLife& operator=(const PanelsLife&) = delete;
 
 private:
     const HostLibrary& m_library;
+    DemoHost* const m_services;
 };
 
 constexpr short kGone = POLLERR | POLLHUP | POLLNVAL;
@@ -55,7 +63,7 @@ void Desk::Run()
 {
     m_announcer.Say("start");
     {
-        const PanelsLife life(m_library);
+        const PanelsLife life(m_library, m_settings.services);
         Play();
     }
     m_announcer.Say("end");

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "desk/announcer.h"
+#include "desk/demo_host.h"
 #include "desk/host_library.h"
 #include "desk/host_side.h"
 #include "desk/scheduler.h"
@@ -14,8 +15,9 @@ namespace panelry::desk
 {
 
 struct DeskSettings {
-    bool untilInputEnds = false;  ///< an empty schedule is the end only once standard input has ended too
-    bool stay = false;            ///< an empty schedule is never the end
+    bool untilInputEnds = false;   ///< an empty schedule is the end only once standard input has ended too
+    bool stay = false;             ///< an empty schedule is never the end
+    DemoHost* services = nullptr;  ///< what Init is given; null: nothing
 };
 
 /// Plays a script and what is typed to the panels, from Init to Uninit, and announces all of it.

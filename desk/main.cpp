@@ -8,7 +8,9 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <optional>
 
+#include "desk/demo_host.h"
 #include "desk/desk.h"
 #include "desk/display.h"
 #include "desk/exit_status.h"
@@ -55,9 +57,15 @@ int Play(const desk::Options& options)
     }
     const desk::StopSignals signals;  // before the library, which may bring threads
     const desk::HostLibrary library(options.library);
+    std::optional<desk::DemoHost> services;  // outlives the panels
+    if (options.market) {
+        services.emplace(*options.market);
+    }
     desk::Announcer announcer(STDOUT_FILENO, STDERR_FILENO, signals.Descriptor());
     desk::Desk player(library, announcer, signals,
-                      {.untilInputEnds = options.onlyTyped, .stay = options.stay});
+                      {.untilInputEnds = options.onlyTyped,
+                       .stay = options.stay,
+                       .services = services ? &*services : nullptr});
     player.SetTitles(options.titles);
     player.Schedule(std::move(script.acts));
     player.Run();

@@ -9,6 +9,8 @@ import sys
 
 BOARD = 41001
 MONITOR = 41002
+WATCHLIST = 41003
+HOT_KEYS = 41004
 CLONE, CLOSE, TEXT = "9001", "9002", "1"  # commands of the panels
 LENGTH = 64_000  # ms
 LEVELS = 5
@@ -89,8 +91,8 @@ def operate(at, id_, **keys):
     return {"at": at, "type": "operate", "id": id_, "text": keys}
 
 
-def clicked(at, id_):
-    return operate(at, id_, operate="clicked", need_wrapper="1", need_display="1")
+def clicked(at, id_, **more):
+    return operate(at, id_, operate="clicked", need_wrapper="1", need_display="1", **more)
 
 
 def notify(at, id_, cmd, text=""):
@@ -110,10 +112,13 @@ def note(at, text):
 def session():
     """What the host does besides pushing quotes."""
     return [
-        {"at": 0, "name": {str(BOARD): "行情", str(MONITOR): "消息"}},
-        note(0, "both panels are opened"),
+        {"at": 0, "name": {str(BOARD): "行情", str(MONITOR): "消息", str(WATCHLIST): "自选", str(HOT_KEYS): "热键"}},
+        note(0, "the panels are opened"),
         clicked(200, BOARD),
         clicked(600, MONITOR),
+        clicked(1_000, WATCHLIST),
+        clicked(1_400, HOT_KEYS, init_param={"combinations": "f9 ctrl+shift+a", "releases": "1"}),
+        note(4_000, "F9 and Ctrl+Shift+A, pressed in whatever window, show up in the hot keys panel"),
         notify(2_000, MONITOR, TEXT, "a message for this panel alone"),
         note(9_000, "the quote board is toggled twice: away and back"),
         clicked(9_000, BOARD),

@@ -34,6 +34,7 @@ std::variant<Options, int> ParseOptions(int argc, const char* const* argv)
     options.library = DefaultLibrary();
     options.script = ProgramDirectory() / "demo.jsonl";
     std::filesystem::path inspected;
+    std::filesystem::path market;
 
     CLI::App app(
         "Plays a trading client: loads the panels' library, sends it the messages of a script, and says "
@@ -56,6 +57,12 @@ std::variant<Options, int> ParseOptions(int argc, const char* const* argv)
         ->type_name("ID=TITLE")
         ->allow_extra_args(false);
     app.add_flag("--stay", options.stay, "go on after the script until \"quit\" or a signal");
+    CLI::Option* const trades =
+        app.add_option("--market", market,
+                       "give the panels a quote and a trade side: the market in FILE (default: "
+                       "demo_market.json beside the program)")
+            ->type_name("FILE")
+            ->expected(0, 1);
     CLI::Option* const inspect =
         app.add_option(
                "--inspect", inspected,
@@ -71,6 +78,9 @@ std::variant<Options, int> ParseOptions(int argc, const char* const* argv)
     options.onlyTyped = options.script == kOnlyTyped;
     if (*inspect) {
         options.inspect = inspected.empty() ? ProgramDirectory() / "adsplugins" : inspected;
+    }
+    if (*trades) {
+        options.market = market.empty() ? ProgramDirectory() / "demo_market.json" : market;
     }
     return options;
 }

@@ -17,6 +17,7 @@ struct Options {
     bool onlyTyped = false;  ///< no script: "-"
     bool stay = false;
     Titles titles;
+    std::optional<std::filesystem::path> market;   ///< the file of the demonstration market
     std::optional<std::filesystem::path> inspect;  ///< look at this directory and play nothing
 };
 
