@@ -5,6 +5,8 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/panelry")
 
 # The headers for module authors and hosts; all others are the library's own.
 set(public_headers
+  base/host_text.h
+  base/number_text.h
   base/singleton.h
   bridge/exports.h
   bridge/host_callback.h
@@ -14,6 +16,8 @@ set(public_headers
   hosting/module_manager_spi.h
   hosting/sdk_version.h
   hosting/widget_properties.h
+  input/hook_subscription.h
+  input/key_names.h
   services/host_table.h
   services/interval_timer.h
   services/module_base.h
@@ -27,6 +31,12 @@ set(public_headers
   services/trade_provider.h
   services/trade_records.h
   services/virtual_enable_shared_from_this.h
+  tables/column_dictionary.h
+  tables/rzrq_zi_jin_info.h
+  tables/table_form_info.h
+  tables/zi_jin_info.h
+  ticket/data_deal_base.h
+  ticket/ticket_session.h
   watchlist/watchlist_listener.h
   watchlist/watchlist_request.h
   watchlist/watchlist_subscription.h)
@@ -52,6 +62,8 @@ write_basic_package_version_file(panelryConfigVersion.cmake COMPATIBILITY SameMi
 install(FILES "${PROJECT_BINARY_DIR}/panelryConfig.cmake" "${PROJECT_BINARY_DIR}/panelryConfigVersion.cmake"
               cmake/PanelryModule.cmake cmake/module.map cmake/abi_note.cpp
         DESTINATION "${package_dir}" COMPONENT sdk)
+
+install(FILES NOTICES.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT library)
 
 # The desk installs itself (desk/CMakeLists.txt); its panels lie beside it, where a host's module libraries lie.
 if(PANELRY_BUILD_DESK)

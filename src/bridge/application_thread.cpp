@@ -11,10 +11,12 @@
 
 #include "bridge/config_store.h"
 #include "bridge/exit_guard.h"
+#include "bridge/host_values.h"
 #include "bridge/message_road.h"
 #include "hosting/container_manager.h"
 #include "hosting/plugin_manager.h"
 #include "logger/deployment.h"
+#include "refresh/auto_refresh.h"
 #include "resources/embedded.h"
 
 namespace panelry::bridge
@@ -101,6 +103,14 @@ public:
     LogSession& operator=(const LogSession&) = delete;
 };
 
+void StartAutoRefresh(ConfigStore& settings)
+{
+    AutoRefresh& service = *AutoRefresh::Instance(true);
+    service.SetProviders(QuoteProvider, TradeProvider);
+    service.SetConfigTables(settings.SystemTable(), settings.UserTable());
+    service.Start();
+}
+
 void OnAboutToQuit(QTimer* keepAlive)
 {
     delete keepAlive;  // stops it
@@ -108,6 +118,7 @@ void OnAboutToQuit(QTimer* keepAlive)
         manager->FinishQuit();
     }
     ContainerManager::Destroy();
+    AutoRefresh::Destroy();
     PluginManager::Destroy();
 }
 
@@ -127,13 +138,16 @@ void ApplicationThreadMain(std::int32_t /*type*/, std::int32_t /*id*/,
     // From here on every relative path of the process starts at the host's directory.
     QDir::setCurrent(QCoreApplication::applicationDirPath());
 
-    const ConfigStore& settings = *ConfigStore::Instance(true);
+    ConfigStore& settings = *ConfigStore::Instance(true);
     InstallTranslators(settings);
     if (settings.Read("load_font", "system") != "0") {
         LoadFonts();
     }
 
     const LogSession log(settings);
+    if (settings.Read("support_autorefresh", "system") != "0") {
+        StartAutoRefresh(settings);
+    }
 
     auto* const keepAlive = new QTimer;
     QObject::connect(keepAlive, &QTimer::timeout, [] { QCoreApplication::processEvents(); });

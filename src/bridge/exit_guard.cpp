@@ -14,6 +14,8 @@
 #include "bridge/host_gate.h"
 #include "bridge/message_road.h"
 #include "hosting/container_manager.h"
+#include "input/hook_manager.h"
+#include "refresh/auto_refresh.h"
 
 namespace panelry::bridge
 {
@@ -35,6 +37,8 @@ void OnExit()
     if (!ApplicationThreadAlive || OnApplicationThread() || Exiting.exchange(true)) {
         return;
     }
+    HookManager::EndForExit();
+    AutoRefresh::StopForExit();
     // Nobody is there yet or any more: then the thread comes by the guard on its way up, or is about to end.
     if (const HostGate::Visit visit(Gate); visit.Manager()) {
         QMetaObject::invokeMethod(visit.Manager(), &HaltIfExiting, Qt::QueuedConnection);

@@ -17,6 +17,7 @@
 #include "hosting/operate_message.h"
 #include "hosting/plugin_manager.h"
 #include "hosting/widget_properties.h"
+#include "input/hook_manager.h"
 #include "services/module_base.h"
 
 Q_DECLARE_METATYPE(std::string)
@@ -54,6 +55,7 @@ ContainerManager::ContainerManager()
     PluginManager* const plugins = PluginManager::Instance(true);
     plugins->LoadModules();
     plugins->m_spi = this;
+    HookManager::Instance(true)->Start();
     qRegisterMetaType<std::string>("std::string");
     qRegisterMetaType<std::string>("std::string&");
     connect(this, &ContainerManager::SignalOperateFromDealDesk, this,

@@ -41,7 +41,8 @@ class ContainerManager : public QObject,
     Q_OBJECT
 
 public:
-    /// Raises ManagerAlive, loads the module libraries, connects the signals, opens itself to host threads.
+    /// Raises ManagerAlive, loads the module libraries, starts the hot key service, connects the signals, opens
+    /// itself to host threads.
     ContainerManager();
     ~ContainerManager() override;
 

@@ -16,7 +16,8 @@ enum MessageId : int {
     kInitData = 113,
     /// Out, const char* (UTF-8 JSON): push data, after 113 or alone when it goes to all panels.
     kPushData = 114,
-    /// Out, event record of the keyboard hook, on the hook thread. Must not send, block or touch a widget.
+    /// Out, uiohook_event* (<uiohook.h>): a key or mouse action, on the hook thread. Must not send, block or touch a
+    /// widget; input/hook_subscription.h hands it over.
     kHookEvent = 119,
     /// In, const char* (JSON): register for and unregister from key and mouse events. Not passed on.
     kRegisterHotKey = 120,

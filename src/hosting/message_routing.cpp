@@ -7,6 +7,7 @@
 #include "hosting/message_ids.h"
 #include "hosting/plugin_manager.h"
 #include "hosting/plugin_manager_spi.h"
+#include "input/hook_manager.h"
 #include "logger/deployment.h"
 #include "services/module_base.h"
 #include "watchlist/watchlist_manager.h"
@@ -16,7 +17,7 @@ void PluginManager::SendModuleMessage(int msgId, void* payload, ModuleBase* send
     const panelry::DispatchScope scope;            // the sender may be in the middle of an event of its own
     const auto entry = m_placements.find(sender);  // not []: a stranger must not be filed
     const Placement placement = entry == m_placements.end() ? Placement{} : entry->second;
-    if (ServedBySystem(msgId, payload)) {
+    if (ServedBySystem(msgId, payload, sender)) {
         return;
     }
     if (targetModuleId == panelry::kAlongLink) {
@@ -27,13 +28,20 @@ void PluginManager::SendModuleMessage(int msgId, void* payload, ModuleBase* send
 }
 
 // Serves what is for the library or the host. True for the ids that end here; without a container layer its ids are dropped.
-bool PluginManager::ServedBySystem(int msgId, void* payload)
+bool PluginManager::ServedBySystem(int msgId, void* payload, ModuleBase* sender)
 {
     using namespace panelry;
     switch (msgId) {
         case kRegisterHotKey:
+            if (HookManager* const hook = HookManager::Instance(false)) {
+                hook->RegisterModule(sender, static_cast<const char*>(payload));
+            }
+            return true;
         case kUnregisterHotKey:
-            return true;  // requests to a service of the library, never for other modules; it isn't there yet
+            if (HookManager* const hook = HookManager::Instance(false)) {
+                hook->UnregisterModule(sender, static_cast<const char*>(payload));
+            }
+            return true;
         case kWatchlistRequest:
             if (payload) {
                 WatchlistManager::Instance(true)->OnMessage(msgId, payload);

@@ -9,6 +9,7 @@
 
 #include "hosting/dispatch_scope.h"
 #include "hosting/module_library.h"
+#include "input/hook_manager.h"
 #include "services/module_base.h"
 
 namespace fs = std::filesystem;
@@ -55,11 +56,27 @@ bool IsDirectory(const fs::directory_entry& entry)
     return fs::is_directory(status);
 }
 
+// The hook thread may be calling a module that is registered for events: this waits for its return.
+void EndHotKeysOf(ModuleBase* module)
+{
+    if (HookManager* const hook = HookManager::Instance(false)) {
+        hook->ForgetModule(module);
+    }
+}
+
+// Whoever held it last, and whatever it registered after it was removed.
+void DeleteModule(ModuleBase* module)
+{
+    EndHotKeysOf(module);
+    delete module;
+}
+
 }  // namespace
 
 PluginManager::~PluginManager()
 {
     UnloadAll();
+    HookManager::Destroy();
 }
 
 bool PluginManager::LoadModules()
@@ -157,7 +174,7 @@ std::shared_ptr<ModuleBase> PluginManager::MakeModule(int moduleId, GroupId grou
         return nullptr;
     }
     module->m_manager = this;
-    return std::shared_ptr<ModuleBase>(module);
+    return std::shared_ptr<ModuleBase>(module, &DeleteModule);
 }
 
 void PluginManager::RemoveModule(GroupId groupId, LinkKey linkKey, ModuleBase* module)
@@ -238,6 +255,7 @@ std::shared_ptr<ModuleBase> PluginManager::TakeOutLinked(GroupId groupId, LinkKe
         return nullptr;
     }
     std::shared_ptr<ModuleBase> taken = *entry;
+    EndHotKeysOf(module);
     m_placements.erase(module);
     group->second.erase(entry);
     if (group->second.empty()) {
@@ -258,6 +276,7 @@ void PluginManager::RemoveSubModules(ModuleBase* parent, std::vector<ModuleSet>&
     m_subModules.erase(entry);
     released.push_back(subModules);
     for (const std::shared_ptr<ModuleBase>& subModule : subModules) {
+        EndHotKeysOf(subModule.get());
         m_placements.erase(subModule.get());
         RemoveSubModules(subModule.get(), released);
     }
@@ -274,6 +293,9 @@ void PluginManager::UnloadAll()
     leaving.clear();
     links.clear();
     subModules.clear();
+    if (HookManager* const hook = HookManager::Instance(false)) {
+        hook->ClearRegistrations();
+    }
 }
 
 std::shared_ptr<ModuleBase> PluginManager::Hold(ModuleBase* module) const

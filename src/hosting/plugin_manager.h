@@ -63,7 +63,8 @@ public:
     /// Drops the empty groups and the stocks of a key that won't come back: its frame is gone.
     void ForgetLink(LinkKey linkKey);
 
-    /// Lets go of all modules. Libraries, what they offer, and the groups' stocks stay.
+    /// Lets go of all modules, and clears the hot key registrations. Libraries, what they offer, and the groups'
+    /// stocks stay.
     void UnloadAll();
 
     /// Shares ownership of a filed module; empty for any other pointer. For callers that must keep a module
@@ -130,7 +131,7 @@ private:
     static void DestroyLeavingLater(int milliseconds);
     void TablesChanged();
 
-    bool ServedBySystem(int msgId, void* payload);
+    bool ServedBySystem(int msgId, void* payload, ModuleBase* sender);
     void RouteToGroup(int msgId, void* payload, ModuleBase* sender, Placement group);
     void RouteToAll(int msgId, void* payload, ModuleBase* sender);
     Receivers SubModulesOf(ModuleBase* parent) const;

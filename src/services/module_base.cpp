@@ -1,5 +1,6 @@
 #include "services/module_base.h"
 
+#include "base/host_text.h"
 #include "services/resource_manager.h"
 
 ModuleBase::ModuleBase() = default;
@@ -24,8 +25,10 @@ void ModuleBase::SetColorTable(void* table)
 
 void ModuleBase::SetConfigTables(void* systemTable, void* userTable)
 {
-    ResourceManager::Instance(true)->SetConfigTables(static_cast<const ConfigTable*>(systemTable),
-                                                     static_cast<const ConfigTable*>(userTable));
+    ResourceManager& settings = *ResourceManager::Instance(true);
+    settings.SetConfigTables(static_cast<const ConfigTable*>(systemTable),
+                             static_cast<const ConfigTable*>(userTable));
+    panelry::SetHostEncoding(settings.ReadConfig("system", "host_encoding"));
 }
 
 void ModuleBase::ReservedModuleOp(std::uintptr_t /*a*/, std::uintptr_t /*b*/) {}

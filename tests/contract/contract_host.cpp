@@ -2,7 +2,9 @@
 // the commands on its standard input, line by line, and tells on its standard output what it gets: callbacks,
 // and the reports of the test modules. Usage: contract_host LIBRARY [global]
 //
-//   init QUOTE TRADE CALLBACK   Init with two numbers as pointers; CALLBACK 0: null
+//   init QUOTE TRADE CALLBACK   Init with the providers of two numbers, see contract_providers.h; 0: null
+//   providers                   from now on the providers tell what is asked of them
+//   login STATE, cancel         the trade side pushes a log-in, or a cancel
 //   notify TYPE ID TEXT         NotifyMsg
 //   uninit                      Uninit; says "uninit returned"
 //   uninit at exit              Uninit from an exit function
@@ -38,6 +40,7 @@
 #include <utility>
 #include <vector>
 
+#include "contract/contract_providers.h"
 #include "contract/random_texts.h"
 
 namespace
@@ -208,7 +211,7 @@ void CallInit(std::istream& words)
 {
     const auto quote = Number<std::uintptr_t>(words);
     const auto trade = Number<std::uintptr_t>(words);
-    Init(reinterpret_cast<void*>(quote), reinterpret_cast<void*>(trade),
+    Init(panelry::test::QuoteProviderOf(quote), panelry::test::TradeProviderOf(trade),
          Number<int>(words) != 0 ? &OnCallback : nullptr);
 }
 
@@ -261,6 +264,9 @@ void Execute(const std::string& command)
         {"notify", CallNotifyMsg},
         {"uninit", CallUninit},
         {"name", SetName},
+        {"providers", [](std::istream&) { panelry::test::TellOfProviders(&Say); }},
+        {"login", [](std::istream& words) { panelry::test::PushLogin(Number<int>(words)); }},
+        {"cancel", [](std::istream&) { panelry::test::PushCancel(); }},
         {"when", [](std::istream& words) { SetRule(Rest(words)); }},
         {"hold", [](std::istream&) { Hold(); }},
         {"release", [](std::istream&) { Release(); }},
@@ -308,7 +314,9 @@ int Run()
 extern "C" {
 __attribute__((visibility("default"))) void ReportToHost(const char* line)
 {
-    Say(line);
+    const std::string said = line;
+    const bool ofProviders = said.find(" SetProviders ") != std::string::npos;
+    Say(ofProviders ? panelry::test::WithProviderNumbers(said) : said);
 }
 
 __attribute__((visibility("default"))) bool HostReleased()

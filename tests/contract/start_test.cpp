@@ -130,6 +130,7 @@ private Q_SLOTS:
         host.Do("notify 1 1002 early");
         QVERIFY(!host.Wait("SetProviders 0 0").isNull());
         QVERIFY(!host.Wait("OnMessage 114 early").isNull());
+        host.Settle();  // the start is over: nothing is parked any more
         host.Do({"usage", "init 1 2 1", "usage"});
         const QString before = host.Wait("usage").section(' ', 1, 1);
         QCOMPARE(host.Wait("usage").section(' ', 1, 1), before);  // no second thread

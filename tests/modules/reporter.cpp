@@ -4,6 +4,7 @@
 // The last two digits of a module's id choose its kind. A module reports as "<id>#<number of the object>".
 
 #include <dlfcn.h>
+#include <uiohook.h>
 
 #include <QApplication>
 #include <QDir>
@@ -73,6 +74,16 @@ std::string TextOf(const StringMap& map)
     std::string text;
     for (const auto& [key, value] : map) {
         text += (text.empty() ? "" : " ") + key + "=" + value;
+    }
+    return text;
+}
+
+// The thread is the hook's own: a report says that it is a strange one.
+std::string TextOf(const uiohook_event& event)
+{
+    std::string text = "type=" + std::to_string(event.type);
+    if (event.type <= EVENT_KEY_RELEASED) {
+        text += " code=" + std::to_string(event.data.keyboard.keycode);
     }
     return text;
 }
@@ -220,6 +231,8 @@ public:
         const char* const text = static_cast<const char*>(payload);
         if (msgId == panelry::kStockSelected) {
             Say("OnMessage 102 " + TextOf(*static_cast<const StringMap*>(payload)));
+        } else if (msgId == panelry::kHookEvent) {
+            Say("OnMessage 119 " + TextOf(*static_cast<const uiohook_event*>(payload)));
         } else if (msgId == kCommand) {
             Obey(text);
         } else if (m_kind == kCounter && (msgId == kNumbered || msgId == panelry::kPushData)) {

@@ -15,6 +15,7 @@ namespace
 
 constexpr int kDeadlineMs = 60'000;
 constexpr int kStepMs = 200;
+const QString kNoHook = QStringLiteral("Failed to start libuiohook.");
 
 // A hard link or a copy: a program that is a symbolic link lives in the folder of its target.
 void PlaceProgram(const QString& from, const QString& to)
@@ -106,7 +107,13 @@ bool HostProcess::ReadMore(int deadlineMs)
     const bool read = m_process.canReadLine() || m_process.waitForReadyRead(deadlineMs);
     m_errors += m_process.readAllStandardError();
     while (m_process.canReadLine()) {
-        m_lines.append(QString::fromUtf8(m_process.readLine()).chopped(1));
+        const QString line = QString::fromUtf8(m_process.readLine()).chopped(1);
+        // Without a display the library says so again and again, at moments of its own.
+        if (line == kNoHook) {
+            ++m_hookFailures;
+        } else {
+            m_lines.append(line);
+        }
     }
     return read;
 }
@@ -131,7 +138,8 @@ QString HostProcess::Await(const QString& needle, bool nudge)
 {
     int patienceMs = kDeadlineMs;
     while (!Find(needle)) {
-        if (ReadMore(kStepMs)) {
+        const int lines = m_lines.size();
+        if (ReadMore(kStepMs) && m_lines.size() > lines) {
             patienceMs = kDeadlineMs;
             continue;
         }
@@ -182,6 +190,14 @@ QString HostProcess::Ask(int id, const QString& question)
            .arg(question));
     const QString key = QStringLiteral(" answer ");
     return Await(key, true).section(key, 1);
+}
+
+bool HostProcess::SaysThatThereIsNoHook()
+{
+    for (int patienceMs = kDeadlineMs; m_hookFailures == 0 && patienceMs > 0; patienceMs -= kStepMs) {
+        ReadMore(kStepMs);
+    }
+    return m_hookFailures > 0;
 }
 
 bool HostProcess::Dies()

@@ -47,6 +47,9 @@ public:
     /// What the modules of `id` answer to a question ("ask ..."), see tests/modules/reporter.cpp.
     QString Ask(int id, const QString& question);
 
+    /// Waits until the library has said that it has no hook for keys and mouse. No other wait sees that line.
+    bool SaysThatThereIsNoHook();
+
     /// Sends the commands and then "exit"; true if the process ends by itself and with this status. A
     /// sanitizer that found something makes it another one.
     bool End(const QStringList& commands, int status = 0);
@@ -69,6 +72,7 @@ private:
     QByteArray m_errors;
     int m_read = 0;  // lines that were waited for
     int m_markers = 0;
+    int m_hookFailures = 0;
 };
 
 }  // namespace panelry::test
