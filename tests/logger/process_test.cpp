@@ -21,14 +21,10 @@ namespace
 constexpr int kVictimLines = 5000;
 
 // Sanitizers bring their own heap, which finds other faults in other places.
-#ifdef __has_feature
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kOtherHeap = true;
-#else
-constexpr bool kOtherHeap = false;
-#endif
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kOtherHeap = true;
+#elif defined(__has_feature)
+constexpr bool kOtherHeap = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
 #else
 constexpr bool kOtherHeap = false;
 #endif
