@@ -5,14 +5,12 @@
 // text.
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,74 +32,51 @@ void Check(bool holds, const char* what)
     }
 }
 
+using Modules = std::vector<ModuleBase*>;
+
 class Module : public ModuleBase
 {
 public:
+    explicit Module(Modules& order) : m_order(order) {}
     void Initialize(int, const char*, const char*, const char*) override {}
     void OnMessage(int msgId, void*) override
     {
         Check(msgId == 119, "another message");
-        m_order->push_back(this);
+        m_order.push_back(this);
     }
-    std::vector<ModuleBase*>* m_order = nullptr;
+
+private:
+    Modules& m_order;
 };
 
 // What the fuzzer is to find by itself: texts that name these.
-const std::array<uiohook_event, 6>& Events()
+struct {
+    int type;
+    int mask;
+    int code;
+    const char* name;
+} const kEvents[] = {{EVENT_KEY_PRESSED, 0, VC_A, "a"},
+                     {EVENT_KEY_PRESSED, 0x03, VC_A, "ctrl+shift+a"},
+                     {EVENT_KEY_RELEASED, 0x88, VC_F1, "alt+f1"},
+                     {EVENT_KEY_TYPED, 0, VC_UNDEFINED, ""},
+                     {EVENT_MOUSE_CLICKED, 0, 0, ""},
+                     {EVENT_MOUSE_WHEEL, 0, 0, ""}};
+
+bool OfKeys(int type)
 {
-    static const std::array<uiohook_event, 6> events = [] {
-        std::array<uiohook_event, 6> made{};
-        const auto key = [](uiohook_event& event, event_type type, std::uint16_t mask, std::uint16_t code) {
-            event.type = type;
-            event.mask = mask;
-            event.data.keyboard.keycode = code;
-        };
-        key(made[0], EVENT_KEY_PRESSED, 0, VC_A);
-        key(made[1], EVENT_KEY_PRESSED, 0x03, VC_A);
-        key(made[2], EVENT_KEY_RELEASED, 0x88, VC_F1);
-        key(made[3], EVENT_KEY_TYPED, 0, VC_UNDEFINED);
-        made[4].type = EVENT_MOUSE_CLICKED;
-        made[5].type = EVENT_MOUSE_WHEEL;
-        return made;
-    }();
-    return events;
+    return type == 4 || type == 5;
 }
 
-const char* const kNames[] = {"a", "ctrl+shift+a", "alt+f1"};
-
+// In the locale "C".
 std::string Normal(const std::string& text)
 {
-    const std::string capitals = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
     std::string normal;
-    for (const char c : text) {
-        const std::size_t capital = capitals.find(c);
-        if (capital != std::string::npos) {
-            normal += "abcdefghijklmnopqrstuvwxyz"[capital];
-        } else if (std::string_view(" \t\n\v\f\r").find(c) == std::string_view::npos) {
-            normal += c;
+    for (const unsigned char c : text) {
+        if (std::isspace(c) == 0) {
+            normal += static_cast<char>(std::tolower(c));
         }
     }
     return normal;
-}
-
-// By hand, digit by digit.
-int Number(const std::string& text)
-{
-    std::size_t at = text.find_first_not_of(" \t\n\v\f\r");
-    bool negative = false;
-    if (at != std::string::npos && (text[at] == '+' || text[at] == '-')) {
-        negative = text[at++] == '-';
-    }
-    long long number = 0;
-    bool any = false;
-    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, any = true) {
-        number = std::min(number * 10 + (text[at] - '0'), 1LL << 40);
-    }
-    number = negative ? -number : number;
-    if (!any || number > 2147483647LL || number < -2147483648LL) {
-        throw std::invalid_argument("no number");
-    }
-    return static_cast<int>(number);
 }
 
 class Model
@@ -110,12 +85,12 @@ public:
     void Register(ModuleBase* module, const std::string& text)
     {
         const Json json = Json::parse(text);
-        std::vector<ModuleBase*>& list = m_types[Number(json.at("hook_type").get<std::string>())];
+        Modules& list = m_types[std::stoi(json.at("hook_type").get<std::string>())];
         if (std::count(list.begin(), list.end(), module) == 0) {
             list.push_back(module);
         }
         if (json.contains("keyboard_value") && json["keyboard_value"].is_array()) {
-            m_filters.erase(module);
+            m_filters.erase(module);  // gone even if the new one can't be read
             std::set<std::string> filter;
             for (const Json& value : json["keyboard_value"]) {
                 filter.insert(Normal(value.get<std::string>()));
@@ -132,9 +107,9 @@ public:
             }
             return;
         }
-        const int type = Number(Json::parse(text).at("hook_type").get<std::string>());
+        const int type = std::stoi(Json::parse(text).at("hook_type").get<std::string>());
         std::erase(m_types[type], module);
-        if (type == 3 || type == 4 || type == 5) {
+        if (type == 3 || OfKeys(type)) {
             m_filters.erase(module);
         }
     }
@@ -145,21 +120,15 @@ public:
         m_filters.erase(module);
     }
 
-    void Clear()
-    {
-        m_types.clear();
-        m_filters.clear();
-    }
+    void Clear() { *this = {}; }
 
-    std::vector<ModuleBase*> Hearers(std::size_t number)
+    Modules Hearers(int type, const char* name)
     {
-        const int type = Events()[number].type;
-        std::vector<ModuleBase*> hearers;
+        Modules hearers;
         for (ModuleBase* const module : m_types[type]) {
             const auto filter = m_filters.find(module);
-            const bool filtered =
-                (type == 4 || type == 5) && filter != m_filters.end() && !filter->second.empty();
-            if (!filtered || filter->second.count(kNames[number]) > 0) {
+            if (!OfKeys(type) || filter == m_filters.end() || filter->second.empty() ||
+                filter->second.count(name) > 0) {
                 hearers.push_back(module);
             }
         }
@@ -167,83 +136,63 @@ public:
     }
 
 private:
-    std::map<int, std::vector<ModuleBase*>> m_types;
+    std::map<int, Modules> m_types;
     std::map<ModuleBase*, std::set<std::string>> m_filters;
 };
 
-template <class Operation>
-bool Throws(Operation operation)
+// True if it throws.
+template <class Service>
+bool Do(Service& service, unsigned what, ModuleBase* module, const std::string& text)
 {
     try {
-        operation();
+        if (what < 3) {
+            service.Register(module, text.c_str());
+        } else if (what < 5) {
+            service.Unregister(module, text.c_str());
+        } else if (what == 5) {
+            service.Forget(module);
+        } else {
+            service.Clear();
+        }
         return false;
     } catch (const std::exception&) {
         return true;
     }
 }
 
-template <class Service>
-bool Do(Service& service, unsigned what, ModuleBase* module, const char* text)
+void CompareDeliveries(HookRegistrations& registrations, Model& model, Modules& order)
 {
-    return Throws([&] {
-        switch (what) {
-            case 0:
-            case 1:
-            case 2:
-                service.Register(module, text);
-                break;
-            case 3:
-            case 4:
-                service.Unregister(module, text);
-                break;
-            case 5:
-                service.Forget(module);
-                break;
-            default:
-                service.Clear();
-        }
-    });
-}
-
-void CompareDeliveries(HookRegistrations& registrations, Model& model, std::vector<ModuleBase*>& order)
-{
-    for (std::size_t number = 0; number < Events().size(); ++number) {
+    for (const auto& [type, mask, code, name] : kEvents) {
+        uiohook_event event{};
+        event.type = static_cast<event_type>(type);
+        event.mask = static_cast<std::uint16_t>(mask);
+        event.data.keyboard.keycode = static_cast<std::uint16_t>(code);
         order.clear();
-        uiohook_event event = Events()[number];
-        if (event.type == EVENT_KEY_PRESSED || event.type == EVENT_KEY_RELEASED) {
+        if (OfKeys(type)) {
             registrations.DeliverKey(&event);
         } else {
             registrations.DeliverPlain(&event);
         }
-        Check(order == model.Hearers(number), "others hear it");
+        Check(order == model.Hearers(type, name), "others hear it");
     }
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
-{
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    constexpr unsigned kModules = 3;
     constexpr unsigned kActs = 7;
     HookRegistrations registrations;
     Model model;
-    std::vector<ModuleBase*> order;
-    std::array<Module, kModules> modules;
-    for (Module& module : modules) {
-        module.m_order = &order;
-    }
+    Modules order;
+    Module modules[] = {Module(order), Module(order), Module(order)};
     for (std::string_view rest(reinterpret_cast<const char*>(data), size); !rest.empty();) {
         const auto act = static_cast<unsigned char>(rest.front());
         const std::size_t end = std::min(rest.find('\0', 1), rest.size());
         const std::string text(rest.substr(1, end - 1));
         rest.remove_prefix(std::min(end + 1, rest.size()));
-        Module& module = modules[act / kActs % kModules];
-        const bool threw = Do(registrations, act % kActs, &module, text.c_str());
+        Module& module = modules[act / kActs % std::size(modules)];
+        const bool threw = Do(registrations, act % kActs, &module, text);
         Check(threw == Do(model, act % kActs, &module, text.c_str()), "another error");
         CompareDeliveries(registrations, model, order);
     }

@@ -1,18 +1,17 @@
 // Feeds the files of the given folders to a fuzz target, in the order of their names, and then each of them cut off
 // at every length: a target that finds something ends the process. Fails when there is nothing to replay.
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
+#include <set>
 #include <vector>
 
 extern "C" {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-int LLVMFuzzerInitialize(int* argc, char*** argv);
+[[gnu::weak]] int LLVMFuzzerInitialize(int* argc, char*** argv);  // not every target has one
 }
 
 namespace
@@ -20,15 +19,13 @@ namespace
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Before the target changes the directory.
 std::vector<Bytes> Inputs(int folderCount, char* folders[])
 {
-    std::vector<std::filesystem::path> paths;
+    std::set<std::filesystem::path> paths;
     for (int i = 0; i < folderCount; ++i) {
-        for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::absolute(folders[i]))) {
-            paths.push_back(entry.path());
-        }
+        paths.insert(std::filesystem::directory_iterator(folders[i]), {});
     }
-    std::sort(paths.begin(), paths.end());
     std::vector<Bytes> inputs;
     for (const std::filesystem::path& path : paths) {
         std::ifstream file(path, std::ios::binary);
@@ -49,8 +46,8 @@ void Feed(const Bytes& input, std::size_t size)
 int main(int argc, char* argv[])
 {
     constexpr std::size_t kMostCuts = 40;
-    const std::vector<Bytes> inputs = Inputs(argc - 1, argv + 1);  // before the target changes the directory
-    if (inputs.empty() || LLVMFuzzerInitialize(&argc, &argv) != 0) {
+    const std::vector<Bytes> inputs = Inputs(argc - 1, argv + 1);
+    if (inputs.empty() || (LLVMFuzzerInitialize && LLVMFuzzerInitialize(&argc, &argv) != 0)) {
         std::fputs("nothing to replay\n", stderr);
         return 1;
     }

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -30,66 +31,22 @@ void Check(bool holds, const char* what)
     }
 }
 
+std::vector<std::string> Words(const char* text)
+{
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
 // Of all maps: an input names a key by its place here, so that it hits often.
-constexpr const char* kKeys[] = {"market",
-                                 "stockcode",
-                                 "price",
-                                 "amount",
-                                 "mmlb",
-                                 "sjwt",
-                                 "sbwt",
-                                 "kcb",
-                                 "cyb",
-                                 "rqmc",
-                                 "raising_limit",
-                                 "limit_down",
-                                 "price_decimal",
-                                 "usable_amount",
-                                 "support_bhjg",
-                                 "issupportxj",
-                                 "benchmarkcode",
-                                 "hq_time",
-                                 "cal_xj",
-                                 "latest_price",
-                                 "last_closing_price",
-                                 "sell_1_price",
-                                 "buy_1_price",
-                                 "dd_price",
-                                 "dd_money",
-                                 "czlb",
-                                 "newhand",
-                                 "hand",
-                                 "amount_chart_volunit",
-                                 "IsXGSG",
-                                 "iszhangmask",
-                                 "type",
-                                 "pushflag",
-                                 "repeatcode_num",
-                                 "stock_name",
-                                 "opening_price",
-                                 "codetype",
-                                 "newprice",
-                                 "prevclose",
-                                 "options",
-                                 "canbuy",
-                                 "wtsl",
-                                 "slbc",
-                                 "slsx",
-                                 "slxx",
-                                 "jgbc",
-                                 "zqdm",
-                                 "zqmc",
-                                 "zrlx",
-                                 "dup",
-                                 "s1",
-                                 "s2",
-                                 "s3",
-                                 "s10",
-                                 "local_market",
-                                 "local_cx_wtsl",
-                                 "rzrq",
-                                 "sbwt_tips_B",
-                                 "sbwt_tips_S"};
+const std::vector<std::string> kKeys = Words(
+    "market stockcode price amount mmlb sjwt sbwt kcb cyb rqmc raising_limit limit_down price_decimal "
+    "usable_amount support_bhjg issupportxj benchmarkcode hq_time cal_xj latest_price "
+    "last_closing_price sell_1_price buy_1_price dd_price dd_money czlb newhand hand "
+    "amount_chart_volunit IsXGSG iszhangmask type pushflag repeatcode_num stock_name opening_price "
+    "codetype newprice prevclose options canbuy wtsl slbc slsx slxx jgbc zqdm zqmc zrlx dup s1 s2 s3 "
+    "s10 local_market local_cx_wtsl rzrq sbwt_tips_B sbwt_tips_S");
+
+const std::vector<std::string> kColumns = Words("2106 2108 2167 2170 2176 2212 2213 2214 2306");
 
 // Text by text, as the input has them.
 class Input
@@ -121,29 +78,22 @@ class FuzzTable : public HostTable
 {
 public:
     const char* Name() const override { return "table"; }
-    int RowCount() const override { return static_cast<int>(m_cells.size() / kColumns); }
+    int RowCount() const override { return static_cast<int>(m_cells.size() / kColumns.size()); }
     const char* CellText(int row, int column) const override
     {
-        Check(row >= 0 && row < RowCount() && column >= 0 && column < kColumns, "a cell out of the table");
-        return m_cells[static_cast<std::size_t>(row * kColumns + column)].c_str();
+        const int columns = static_cast<int>(kColumns.size());
+        Check(row >= 0 && row < RowCount() && column >= 0 && column < columns, "a cell out of the table");
+        return m_cells[static_cast<std::size_t>(row * columns + column)].c_str();
     }
     int FindColumn(const char* columnId) const override
     {
-        for (int column = 0; column < kColumns; ++column) {
-            if ((m_absent >> column & 1U) == 0 && std::string_view(kIds[column]) == columnId) {
-                return column;
-            }
-        }
-        return -1;
+        const auto column = std::find(kColumns.begin(), kColumns.end(), columnId) - kColumns.begin();
+        const bool there = column < std::ssize(kColumns) && (m_absent >> column & 1U) == 0;
+        return there ? static_cast<int>(column) : -1;
     }
 
     unsigned m_absent = 0;  // a bit a column
     std::vector<std::string> m_cells;
-
-private:
-    static constexpr int kColumns = 9;
-    static constexpr const char* kIds[kColumns] = {"2106", "2108", "2167", "2170", "2176",
-                                                   "2212", "2213", "2214", "2306"};
 };
 
 struct World {
@@ -167,7 +117,7 @@ World::World(Input& input)
         const unsigned kind = input.Byte() % 8;
         StringMap* const maps[] = {&ticket, &head, &body, &local, &ticket};
         if (kind < 5) {
-            const std::string key = kKeys[input.Byte() % std::size(kKeys)];
+            const std::string key = kKeys[input.Byte() % kKeys.size()];
             (*maps[kind])[key] = input.Line();
         } else if (kind == 5) {
             range[input.Byte() % 2 == 0 ? "0_begin" : "0_end"] = input.Line();

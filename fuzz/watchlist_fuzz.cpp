@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -63,19 +64,25 @@ class Model
 public:
     explicit Model(Json list) : m_list(std::move(list)) {}
 
-    void Add(const StringMap& item)
+    /// The answer to a test; false for the rest.
+    bool Do(const WatchlistRequest& request)
     {
-        if (Find(item) == m_list.end()) {
+        const StringMap& item = request.items[0];
+        if (request.cmd == panelry::kMoveStock) {
+            Move(request.from, request.to);
+        } else if (request.cmd == panelry::kAddStocks && Find(item) == m_list.end()) {
             m_list.push_back(Json(item));
+        } else if (request.cmd == panelry::kRemoveStocks) {
+            if (const auto found = Find(item); found != m_list.end()) {
+                m_list.erase(found);
+            }
         }
+        return request.cmd == panelry::kTestStocks && Find(item) != m_list.end();
     }
-    void Remove(const StringMap& item)
-    {
-        const auto found = Find(item);
-        if (found != m_list.end()) {
-            m_list.erase(found);
-        }
-    }
+    StockList Stocks() const { return m_list.get<StockList>(); }
+    std::string Text() const { return m_list.dump(4); }
+
+private:
     void Move(int from, int to)
     {
         const int size = static_cast<int>(m_list.size());
@@ -85,24 +92,16 @@ public:
             m_list.insert(m_list.begin() + to, std::move(moved));
         }
     }
-    bool Contains(const StringMap& item) { return Find(item) != m_list.end(); }
-    StockList Stocks() const { return m_list.get<StockList>(); }
-    std::string Text() const { return m_list.dump(4); }
 
-private:
     Json::iterator Find(const StringMap& item)
     {
-        for (auto element = m_list.begin(); element != m_list.end(); ++element) {
-            const Json& stock = *element;
+        return std::find_if(m_list.begin(), m_list.end(), [&item](const Json& stock) {
             if (!stock.is_object()) {
                 static_cast<void>(stock["stockcode"]);  // throws
             }
-            if (stock.contains("stockcode") && stock.contains("market") &&
-                stock["stockcode"] == item.at("stockcode") && stock["market"] == item.at("market")) {
-                return element;
-            }
-        }
-        return m_list.end();
+            return stock.contains("stockcode") && stock.contains("market") &&
+                   stock["stockcode"] == item.at("stockcode") && stock["market"] == item.at("market");
+        });
     }
 
     Json m_list;
@@ -141,13 +140,11 @@ public:
         request.found = {false};
         request.from = number % 16 - 1;
         request.to = number / 16 - 1;
-        request.listener = nullptr;
         bool found = false;
-        const std::string expected = Thrown([&] { found = StepModel(request); });
+        const std::string expected = Thrown([&] { found = m_model->Do(request); });
         Check(Thrown([&] { m_present->HandleRequest(request); }) == expected, "another exception");
         Check(request.found[0] == found, "another answer");
-        const bool saves = request.cmd <= panelry::kMoveStock && expected.empty();
-        if (saves) {
+        if (request.cmd <= panelry::kMoveStock && expected.empty()) {  // it saves
             Thrown([&] { m_fileText = m_model->Text(); });
         }
         Check(TextOf(kUserFile) == m_fileText, "another file");
@@ -156,7 +153,7 @@ public:
 
     void End()
     {
-        const std::size_t latest = Latest().size();
+        const std::size_t latest = Listed(panelry::kListenLatest).size();
         Check(latest <= kLatestLimit, "too many latest stocks");
         m_present.reset();
         const Json written = Json::parse(TextOf(kLatestFile));
@@ -172,56 +169,33 @@ private:
         return document;
     }
 
-    bool StepModel(const WatchlistRequest& request)
-    {
-        switch (request.cmd) {
-            case panelry::kAddStocks:
-                m_model->Add(request.items[0]);
-                return false;
-            case panelry::kRemoveStocks:
-                m_model->Remove(request.items[0]);
-                return false;
-            case panelry::kMoveStock:
-                m_model->Move(request.from, request.to);
-                return false;
-            case panelry::kTestStocks:
-                return m_model->Contains(request.items[0]);
-            default:
-                return false;
-        }
-    }
-
     void CompareLists()
     {
+        StockList list;
         StockList expected;
-        Listener listener;
-        WatchlistRequest request;
-        request.cmd = panelry::kListenWatchlist;
-        request.listener = &listener;
         const std::string modelThrows = Thrown([&] { expected = m_model->Stocks(); });
-        Check(Thrown([&] { m_present->HandleRequest(request); }) == modelThrows,
-              "another exception for a listener");
-        Check(listener.m_list == expected, "another list");
-        request.cmd = panelry::kUnlistenWatchlist;
-        m_present->HandleRequest(request);
+        Check(Thrown([&] { list = Listed(panelry::kListenWatchlist); }) == modelThrows, "another exception");
+        Check(list == expected, "another list");
     }
 
     void Select(StringMap stock)
     {
         m_present->OnStockSelected(&stock);
-        const StockList latest = Latest();
+        const StockList latest = Listed(panelry::kListenLatest);
         Check(!latest.empty() && latest.front().at("stockcode") == stock.at("stockcode"), "not in front");
         Check(stock.contains("stockname"), "a key is missing");
     }
 
-    StockList Latest()
+    // What a new listener gets, which is then gone again.
+    StockList Listed(int listen)
     {
         Listener listener;
         WatchlistRequest request;
-        request.cmd = panelry::kListenLatest;
         request.listener = &listener;
+        request.cmd = listen;
         m_present->HandleRequest(request);
-        request.cmd = panelry::kUnlistenLatest;
+        const bool latest = listen == panelry::kListenLatest;
+        request.cmd = latest ? panelry::kUnlistenLatest : panelry::kUnlistenWatchlist;
         m_present->HandleRequest(request);
         return listener.m_list;
     }

@@ -7,8 +7,11 @@
 #include "services/module_base.h"
 #include "services/records.h"
 #include "support/test.h"
+#include "support/text_rows.h"
 
 using panelry::HostTextToUtf8;
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 namespace
 {
@@ -33,26 +36,19 @@ private Q_SLOTS:
 
     void AHostsText_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QByteArray>("text");
-        const auto row = [](const char* name, const QByteArray& bytes, const char* text) {
-            QTest::newRow(name) << bytes << QByteArray(text);
-        };
-        row("empty", "", "");
-        row("ASCII", "600000 A\t~", "600000 A\t~");
-        row("a name", "\xc6\xd6\xb7\xa2\xd2\xf8\xd0\xd0", "浦发银行");
-        row("a letter of four bytes", "\x82\x35\x8f\x33 x", "\xe9\xbe\xa6 x");
-        row("cut in a letter", "\xc6\xd6\xb7", "浦\uFFFD");
-        row("cut in a letter of four bytes", "x\x82\x35\x8f", "x\uFFFD5\uFFFD");
-        row("a byte that is none", "\xff\xd2\xf8", "\uFFFD银");
-        row("a letter cut within", "\xd2 \xd2\xf8", "\uFFFD 银");
-        row("blanks and line ends at the end stay", "\xd2\xf8 \n", "银 \n");
+        TextRows("bytes text", {{"empty", "", ""},
+                                {"ASCII", "600000 A\t~", "600000 A\t~"},
+                                {"a name", "\xc6\xd6\xb7\xa2\xd2\xf8\xd0\xd0", "浦发银行"},
+                                {"a letter of four bytes", "\x82\x35\x8f\x33 x", "\xe9\xbe\xa6 x"},
+                                {"cut in a letter", "\xc6\xd6\xb7", "浦\uFFFD"},
+                                {"cut in a letter of four bytes", "x\x82\x35\x8f", "x\uFFFD5\uFFFD"},
+                                {"a byte that is none", "\xff\xd2\xf8", "\uFFFD银"},
+                                {"a letter cut within", "\xd2 \xd2\xf8 \n", "\uFFFD 银 \n"}});
     }
 
     void AHostsText()
     {
-        QFETCH(const QByteArray, bytes);
-        QTEST(QByteArray::fromStdString(Decoded(bytes)), "text");
+        QTEST(QByteArray::fromStdString(Decoded(Given("bytes"))), "text");
         QCOMPARE(Decoded("\xd2\xf8"), std::string("银"));  // nothing is left over for the next text
     }
 
@@ -72,21 +68,18 @@ private Q_SLOTS:
 
     void ACodePage_data()
     {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<bool>("taken");
-        QTest::addColumn<QByteArray>("text");  // of the bytes that are 銀 in Big5
-        QTest::newRow("Big5") << QByteArray("Big5") << true << QByteArray("銀");
-        QTest::newRow("UTF-8") << QByteArray("UTF-8") << true << QByteArray("\uFFFD\uFFFD");
-        QTest::newRow("unknown") << QByteArray("nonsense") << false << QByteArray("蝗");
-        QTest::newRow("empty") << QByteArray("") << false << QByteArray("蝗");
-        QTest::newRow("one that doesn't keep ASCII") << QByteArray("UTF-16") << false << QByteArray("蝗");
+        // The bytes are 銀 in Big5.
+        TextRows("name takenText", {{"Big5", "Big5", "1銀"},
+                                    {"UTF-8", "UTF-8", "1\uFFFD\uFFFD"},
+                                    {"unknown", "nonsense", "0蝗"},
+                                    {"empty", "", "0蝗"},
+                                    {"one that doesn't keep ASCII", "UTF-16", "0蝗"}});
     }
 
     void ACodePage()
     {
-        QFETCH(const QByteArray, name);
-        QTEST(panelry::SetHostEncoding(name.toStdString()), "taken");
-        QTEST(QByteArray::fromStdString(Decoded("\xbb\xc8")), "text");
+        const QByteArray taken = QByteArray::number(panelry::SetHostEncoding(Given("name").toStdString()));
+        QTEST(taken + QByteArray::fromStdString(Decoded("\xbb\xc8")), "takenText");
     }
 
     // As it reaches a panel: with its settings.

@@ -5,6 +5,10 @@
 #include <stdexcept>
 
 #include "support/test.h"
+#include "support/text_rows.h"
+
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 class NumberTextTest : public panelry::test::Test
 {
@@ -13,53 +17,36 @@ class NumberTextTest : public panelry::test::Test
 private Q_SLOTS:
     void NumberAtTheHeadOfAText_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<int>("number");
-        const auto row = [](const char* name, const QByteArray& text, int number) {
-            QTest::newRow(name) << text << number;
-        };
-        constexpr int kMost = std::numeric_limits<int>::max();
-        constexpr int kLeast = std::numeric_limits<int>::min();
-        row("empty", "", 0);
-        row("blanks alone", " \t ", 0);
-        row("plain", "42", 42);
-        row("minus", "-42", -42);
-        row("plus", "+42", 42);
-        row("all six blanks", " \t\n\v\f\r7", 7);
-        row("a blank of another alphabet",
-            "\xc2\xa0"
-            "7",
-            0);
-        row("blank behind the sign", "- 7", 0);
-        row("plus alone", "+", 0);
-        row("minus alone", "-", 0);
-        row("two signs", "+-7", 0);
-        row("two signs, reversed", "-+7", 0);
-        row("two plus signs", "++7", 0);
-        row("rest ignored", "7x", 7);
-        row("word", "x7", 0);
-        row("not hexadecimal", "0x10", 0);
-        row("not octal", "010", 10);
-        row("no exponent", "1e3", 1);
-        row("no fraction", "3.9", 3);
-        row("no thousands", "1,000", 1);
-        row("NUL ends it",
-            QByteArray("7\0"
-                       "8",
-                       3),
-            7);
-        row("other digits", "\xd9\xa3", 0);
-        row("largest", "2147483647", kMost);
-        row("one more", "2147483648", kMost);
-        row("far more, with a sign and a rest", "+99999999999999999999x", kMost);
-        row("smallest", "-2147483648", kLeast);
-        row("one less", "-2147483649", kLeast);
+        TextRows("text number", {{"empty", "", "0"},
+                                 {"blanks alone", " \t ", "0"},
+                                 {"minus", "-42", "-42"},
+                                 {"plus", "+42", "42"},
+                                 {"all six blanks", " \t\n\v\f\r7", "7"},
+                                 {"a blank of another alphabet", QByteArray("\xc2\xa0") + "7", "0"},
+                                 {"blank behind the sign", "- 7", "0"},
+                                 {"plus alone", "+", "0"},
+                                 {"minus alone", "-", "0"},
+                                 {"two signs", "+-7", "0"},
+                                 {"two signs, reversed", "-+7", "0"},
+                                 {"rest ignored", "7x", "7"},
+                                 {"word", "x7", "0"},
+                                 {"not hexadecimal", "0x10", "0"},
+                                 {"not octal", "010", "10"},
+                                 {"no exponent", "1e3", "1"},
+                                 {"no fraction", "3.9", "3"},
+                                 {"no thousands", "1,000", "1"},
+                                 {"NUL ends it", QByteArray("7\0", 2) + "8", "7"},
+                                 {"other digits", "\xd9\xa3", "0"},
+                                 {"largest", "2147483647", "2147483647"},
+                                 {"one more", "2147483648", "2147483647"},
+                                 {"far more, a sign and a rest", "+99999999999999999999x", "2147483647"},
+                                 {"smallest", "-2147483648", "-2147483648"},
+                                 {"one less", "-2147483649", "-2147483648"}});
     }
 
     void NumberAtTheHeadOfAText()
     {
-        QFETCH(const QByteArray, text);
-        QTEST(panelry::TextToInt({text.data(), static_cast<std::size_t>(text.size())}), "number");
+        QTEST(QByteArray::number(panelry::TextToInt(Given("text").toStdString())), "number");
     }
 
     void LongNumbers()
@@ -70,68 +57,33 @@ private Q_SLOTS:
                  std::string("-9223372036854775808"));
     }
 
-    void DecimalNumbers_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<double>("number");
-        const auto row = [](const char* name, const QByteArray& text, double number) {
-            QTest::newRow(name) << text << number;
-        };
-        constexpr double kMost = std::numeric_limits<double>::max();
-        row("empty", "", 0);
-        row("plain", "10.25", 10.25);
-        row("nearest double", "0.1", 0.1);
-        row("signs and blanks", " \t-1.5", -1.5);
-        row("plus", "+1.5", 1.5);
-        row("two signs", "+-1.5", 0);
-        row("a blank behind the sign", "- 1", 0);
-        row("point first", "-.5", -0.5);
-        row("point last", "5.", 5);
-        row("point alone", ".", 0);
-        row("two points", "1.2.3", 1.2);
-        row("a comma ends it", "1,5", 1);
-        row("exponent", "1.5e3x", 1500);
-        row("exponent without digits", "1.5e+", 1.5);
-        row("hexadecimal", "0x10", 0);
-        row("infinite", "inf", 0);
-        row("infinite, with a sign", "-infinity", 0);
-        row("no number by name", "nan", 0);
-        row("words", "abc1", 0);
-        row("too large", "1e999", kMost);
-        row("too large, by its digits", QByteArray(400, '9') + ".5", kMost);
-        row("too large below 0", "-1e999", -kMost);
-        row("too small", "1e-999", 0);
-        row("too small, by its digits", "0." + QByteArray(400, '0') + "1", 0);
-        row("small digits, large exponent", "0.001e999", kMost);
-        row("large digits, small exponent", QByteArray(50, '9') + "e-999", 0);
-    }
-
+    // Against the compiler's own reading of the number.
     void DecimalNumbers()
     {
-        QFETCH(const QByteArray, text);
-        QTEST(panelry::TextToDouble({text.data(), static_cast<std::size_t>(text.size())}), "number");
-    }
-
-    void HexadecimalNumbers_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<qulonglong>("number");
-        QTest::newRow("two digits") << QByteArray("21") << qulonglong{33};
-        QTest::newRow("letters of both cases") << QByteArray("aF") << qulonglong{0xAF};
-        QTest::newRow("more digits") << QByteArray("121") << qulonglong{0x121};
-        QTest::newRow("marked") << QByteArray("0x21") << qulonglong{33};
-        QTest::newRow("the mark alone") << QByteArray("0x") << qulonglong{0};
-        QTest::newRow("rest ignored") << QByteArray("2g") << qulonglong{2};
-        QTest::newRow("words") << QByteArray("SH") << qulonglong{0};
-        QTest::newRow("a sign") << QByteArray("-1") << qulonglong{0};
-        QTest::newRow("too large") << QByteArray(17, 'f')
-                                   << qulonglong{std::numeric_limits<std::uint64_t>::max()};
+        constexpr double kMost = std::numeric_limits<double>::max();
+        const std::string nines = std::string(400, '9') + ".5";
+        const std::string small = std::string(50, '9') + "e-999";
+        const std::string zeros = "0." + std::string(400, '0');
+        const std::vector<std::pair<std::string, double>> texts{
+            {"", 0},          {"10.25", 10.25},     {"0.1", 0.1},     {" \t-1.5", -1.5}, {"+1.5", 1.5},
+            {"+-1.5", 0},     {"- 1", 0},           {"-.5", -0.5},    {"5.", 5},         {".", 0},
+            {"1.2.3", 1.2},   {"1,5", 1},           {"1.5e3x", 1500}, {"1.5e+", 1.5},    {"0x10", 0},
+            {"-infinity", 0}, {"nan", 0},           {"abc1", 0},      {"1e999", kMost},  {"-1e999", -kMost},
+            {"1e-999", 0},    {"0.001e999", kMost}, {nines, kMost},   {zeros + '1', 0},  {small, 0}};
+        for (const auto& [text, number] : texts) {
+            QVERIFY2(panelry::TextToDouble(text) == number, text.c_str());
+        }
     }
 
     void HexadecimalNumbers()
     {
-        QFETCH(const QByteArray, text);
-        QTEST(qulonglong{panelry::HexTextToInt(text.toStdString())}, "number");
+        const std::vector<std::pair<std::string, std::uint64_t>> texts{
+            {"21", 33},   {"aF", 0xAF}, {"121", 0x121},
+            {"0x21", 33}, {"0x", 0},    {"2g", 2},
+            {"SH", 0},    {"-1", 0},    {"fffffffffffffffff", std::numeric_limits<std::uint64_t>::max()}};
+        for (const auto& [text, number] : texts) {
+            QVERIFY2(panelry::HexTextToInt(text) == number, text.c_str());
+        }
     }
 
     void NumbersThatMustBeThere()
@@ -147,30 +99,17 @@ private Q_SLOTS:
     }
 
     // Against the C library's way in the C locale, in which this program runs.
-    void FixedTextIsThatOfTheCLocale_data()
+    void FixedTextIsThatOfTheCLocale()
     {
-        QTest::addColumn<double>("number");
-        QTest::addColumn<int>("decimals");
         for (const double number : {0.0, -0.0, 0.5, 1.5, 2.5, 0.125, 10.005, 1.005, -3.14159, 99999.995, 1e-7,
                                     1e22, std::numeric_limits<double>::max()}) {
             for (const int decimals : {0, 1, 2, 3, 6, 15}) {
-                QTest::addRow("%g, %d", number, decimals) << number << decimals;
+                char letters[400];
+                std::snprintf(letters, sizeof letters, "%.*f", decimals, number);
+                QCOMPARE(QByteArray(panelry::FixedText(number, decimals).c_str()), QByteArray(letters));
             }
         }
-    }
-
-    void FixedTextIsThatOfTheCLocale()
-    {
-        QFETCH(const double, number);
-        QFETCH(const int, decimals);
-        char letters[400];
-        std::snprintf(letters, sizeof letters, "%.*f", decimals, number);
-        QCOMPARE(panelry::FixedText(number, decimals), std::string(letters));
-    }
-
-    void DecimalsAreHeldWithinBounds()
-    {
-        QCOMPARE(panelry::FixedText(2.75, -1), std::string("3"));
+        QCOMPARE(panelry::FixedText(2.75, -1), std::string("3"));  // decimals are held within bounds
         QCOMPARE(panelry::FixedText(0.5, 2'000'000'000), std::string("0.500000000000000"));
     }
 };

@@ -72,25 +72,18 @@ private Q_SLOTS:
             QTest::newRow(name) << text << outcome;
         };
         row("plain", R"({"b": {"k": "1", "a": "行情"}, "a": {}})", R"({"a":{},"b":{"a":"行情","k":"1"}})");
-        row("no sections", "{}", "{}");
         row("byte order mark, other line ends", "\xef\xbb\xbf{\r\n}\r\n", "{}");
         row("escapes", R"({"s": {"k": "\u884c\n"}})", R"({"s":{"k":"行\n"}})");
-        row("empty file", "", "parse_error");
         row("blank file", " \n", "parse_error");
         row("cut off", R"({"s": {"k": "v")", "parse_error");
-        row("trailing comma", R"({"s": {},})", "parse_error");
         row("comment", "{} // none", "parse_error");
         row("two documents", "{}{}", "parse_error");
         row("not UTF-8", "{\"s\": {\"k\": \"\xd0\xd0\"}}", "parse_error");
         row("null", "null", "type must be object, but is null");
-        row("list", "[]", "type must be object, but is array");
         row("list of pairs", R"([["s", {}]])", "type must be object, but is array");
         row("section is a list", R"({"s": []})", "type must be object, but is array");
-        row("section is text", R"({"s": "v"})", "type must be object, but is string");
         row("value is a number", R"({"s": {"k": 1}})", "type must be string, but is number");
-        row("value is a flag", R"({"s": {"k": true}})", "type must be string, but is boolean");
         row("value is null", R"({"s": {"k": null}})", "type must be string, but is null");
-        row("value is a section", R"({"s": {"k": {}}})", "type must be string, but is object");
     }
 
     // The same file through all of its readers: each lets the same exception out, behind one line that names
@@ -134,7 +127,7 @@ private Q_SLOTS:
 
     void DefaultPlacesAreBelowTheCurrentDirectory()
     {
-        QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/面板 XXXXXX"));
+        const QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/面板 XXXXXX"));
         QVERIFY(QDir::setCurrent(folder.path()));
         Write(QStringLiteral("sysconfig/config.json"), R"({"s": {"a": "system", "b": "system"}})");
         Write(QStringLiteral("userconfig/config.json"), R"({"s": {"a": "user"}})");

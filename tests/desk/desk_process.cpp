@@ -1,6 +1,9 @@
 #include "desk/desk_process.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -91,6 +94,42 @@ void DeskProcess::TakeLines()
             brokenLines.append(QString::fromUtf8(text));
         }
     }
+}
+
+Pipe::Pipe()
+{
+    if (pipe2(ends.data(), O_CLOEXEC) != 0 || fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0) {
+        qFatal("no pipe");
+    }
+}
+
+Pipe::~Pipe()
+{
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void Pipe::Put(const char* text) const
+{
+    if (write(ends[1], text, qstrlen(text)) != ssize_t(qstrlen(text))) {
+        qFatal("the pipe is full");
+    }
+}
+
+std::string Pipe::TakeAll() const
+{
+    std::string taken;
+    std::array<char, 65536> block{};
+    for (ssize_t size = 0; (size = read(ends[0], block.data(), block.size())) > 0;) {
+        taken.append(block.data(), static_cast<std::size_t>(size));
+    }
+    return taken;
+}
+
+bool Pipe::IsFull() const
+{
+    pollfd room{.fd = ends[1], .events = POLLOUT, .revents = 0};
+    return poll(&room, 1, 0) == 0;
 }
 
 QString Text(const char* utf8)

@@ -4,7 +4,9 @@
 #include <QList>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <array>
 #include <initializer_list>
+#include <string>
 
 namespace panelry::test
 {
@@ -48,6 +50,23 @@ public:
 
 private:
     void TakeLines();
+};
+
+/// A pipe; what is read from it doesn't wait.
+class Pipe
+{
+public:
+    Pipe();
+    ~Pipe();
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    void Put(const char* text) const;
+    std::string TakeAll() const;
+    bool IsFull() const;
+    QString WritersPath() const { return QStringLiteral("/proc/self/fd/%1").arg(ends[1]); }
+
+    std::array<int, 2> ends{};
 };
 
 QString Text(const char* utf8);

@@ -1,11 +1,7 @@
 #include "desk/script.h"
 
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <algorithm>
-#include <functional>
 #include <sstream>
 
 #include "desk/display.h"
@@ -13,8 +9,6 @@
 #include "support/test.h"
 
 using namespace panelry::desk;
-
-Q_DECLARE_METATYPE(panelry::desk::DisplayEnvironment)
 
 namespace
 {
@@ -49,25 +43,6 @@ std::string DescribeLine(const ParsedLine& parsed)
     return at + std::visit(Describe{}, parsed.line->act);
 }
 
-// "1710.00" as 171000: all prices of one stock have the same number of decimals.
-int Ticks(const QJsonValue& price)
-{
-    return price.toString().remove(QLatin1Char('.')).toInt();
-}
-
-// From the lowest bid to the highest ask.
-QList<int> Ladder(const QJsonObject& quote)
-{
-    QList<int> ladder;
-    for (const QJsonValue level : quote[QStringLiteral("asks")].toArray()) {
-        ladder.append(Ticks(level.toArray()[0]));
-    }
-    for (const QJsonValue level : quote[QStringLiteral("bids")].toArray()) {
-        ladder.prepend(Ticks(level.toArray()[0]));
-    }
-    return ladder;
-}
-
 }  // namespace
 
 class ScriptTest : public panelry::test::Test
@@ -75,13 +50,91 @@ class ScriptTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
-    void aLine_data();
-    void aLine();
-    void aScriptNumbersItsBadLinesAndGoesOn();
-    void actsOfOneTimeKeepTheirOrder();
-    void theDemoIsAMinuteOfSoundQuotes();
-    void theDisplay_data();
-    void theDisplay();
+    void aLine_data();  // out of the class: moc doesn't get past its texts
+    void aLine()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QByteArray, expected);
+        const bool isTyped = QByteArray(QTest::currentDataTag()).startsWith("typed: ");
+        const ParsedLine parsed =
+            isTyped ? ParseTypedLine(text.constData()) : ParseScriptLine(text.constData());
+        QCOMPARE(QByteArray::fromStdString(DescribeLine(parsed)), expected);
+    }
+
+    void aScriptNumbersItsBadLinesAndGoesOn()
+    {
+        const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
+        std::istringstream input(
+            "{\"note\":\"a\"}\n\n{\"note\":}\n# a comment\n{\"at\":300,\"note\":\"b\"}\n"
+            "{\"type\":1,\"id\":1,\"text\":" +
+            deep +
+            "}\n{\"at\":900}\n{\"at\":1e999,\"note\":\"never\"}\n"
+            "{\"at\":100,\"note\":\"c\"}\r\n{\"note\":\"d\"}");
+        const Script script = ReadScript(input, "day.jsonl");
+        QStringList acts;
+        for (const TimedAct& act : script.acts) {
+            acts << QString::fromStdString(std::to_string(act.at.count()) + ' ' +
+                                           std::visit(Describe{}, act.act));
+        }
+        QCOMPARE(acts.join(QLatin1Char(',')), QStringLiteral("0 note a,300 note b,100 note c,100 note d"));
+        QCOMPARE(script.complaints.size(), 4U);
+        QVERIFY(script.complaints[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
+        QCOMPARE(script.complaints[1], std::string("day.jsonl:6: nested more than 512 deep"));
+        QCOMPARE(script.complaints[2], std::string("day.jsonl:7: \"type\" is missing"));
+        QCOMPARE(script.complaints[3], std::string("day.jsonl:8: number overflow parsing '1e999'"));
+    }
+
+    void actsOfOneTimeKeepTheirOrder()
+    {
+        using std::chrono::milliseconds;
+        Scheduler schedule;
+        schedule.Add(milliseconds(200), Note{"c"});
+        schedule.Add(milliseconds(100), Note{"a"});
+        schedule.Add(milliseconds(200), Note{"d"});
+        schedule.Add(milliseconds(100), Note{"b"});
+        QVERIFY(!schedule.TakeDue(milliseconds(99)));
+        std::string order;
+        while (const std::optional<Act> act = schedule.TakeDue(milliseconds(200))) {
+            order += std::get<Note>(*act).text;
+        }
+        QCOMPARE(order, std::string("abcd"));
+        QVERIFY(!schedule.NextAt());
+    }
+
+    void theDemoIsAMinuteWithoutComplaints()
+    {
+        QFile file(QStringLiteral(DEMO_SCRIPT));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        std::istringstream input(file.readAll().toStdString());
+        const Script script = ReadScript(input, "demo.jsonl");
+        QCOMPARE(script.complaints.size(), 0U);
+        QVERIFY(std::holds_alternative<Quit>(script.acts.back().act));
+        const auto seconds = script.acts.back().at / std::chrono::seconds(1);
+        QVERIFY(seconds >= 60 && seconds <= 70);
+
+        const auto isPush = [](const TimedAct& act) {
+            const auto* const message = std::get_if<Message>(&act.act);
+            return message && message->type == 1;
+        };
+        QVERIFY(std::count_if(script.acts.begin(), script.acts.end(), isPush) > 50);
+    }
+
+    void theDisplay()
+    {
+        // Whether it is usable, the platform and the advice, of which a part will do.
+        const auto chooses = [](const DisplayEnvironment& environment, bool usable, const char* platform,
+                                const char* advice) {
+            const DisplayChoice choice = ChooseDisplay(environment);
+            return choice.usable == usable && choice.platform == platform &&
+                   choice.advice.empty() == !*advice && choice.advice.find(advice) != std::string::npos;
+        };
+        QVERIFY(chooses({"", ":0", ""}, true, "xcb", ""));
+        QVERIFY(chooses({"", ":0", "wayland-0"}, true, "xcb", ""));
+        QVERIFY(chooses({"", "", "wayland-0"}, false, "", "XWayland"));
+        QVERIFY(chooses({"", "", ""}, false, "", "no display"));
+        QVERIFY(chooses({"offscreen", "", "wayland-0"}, true, "", ""));
+        QVERIFY(chooses({"wayland-egl", ":0", "wayland-0"}, true, "", "XWayland"));
+    }
 };
 
 void ScriptTest::aLine_data()
@@ -102,22 +155,15 @@ void ScriptTest::aLine_data()
     script(R"({"type":-2147483648,"id":2147483647,"text":""})", "-2147483648 2147483647 ");
     script(R"({"at":604800000,"quit":true})", "@604800000 quit");
     script(R"({"name":{"41001":"行情","-3":""}})", "titles -3= 41001=行情");
-    script(R"({"at":0,"note":"now"})", "@0 note now");
-    script(R"({"type":0,"id":1,"text":"a)",
-           "error: not JSON at byte 27: syntax error while parsing value - "
-           "invalid string: missing closing quote; last read: '\"a'");
     script("open 41001",
            "error: not JSON at byte 1: syntax error while parsing value - invalid literal; "
            "last read: 'o'");
     script("[0,1]", "error: not a JSON object");
-    script(R"({"at":-1,"quit":true})",
-           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
-    script(R"({"at":18446744073709551615,"quit":true})",
-           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
-    script(R"({"at":1.5,"quit":true})",
-           "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
+    for (const char* const line : {R"({"at":-1,"quit":true})", R"({"at":1.5,"quit":true})",
+                                   R"({"at":18446744073709551615,"quit":true})"}) {
+        script(line, "error: \"at\" must be a whole number of milliseconds from 0 to 604800000");
+    }
     script(R"({"quit":1})", "error: \"quit\" must be true");
-    script(R"({"quit":true,"id":1})", "error: unknown key \"id\"");
     script(R"({"tpye":0,"id":1,"text":""})", "error: unknown key \"tpye\"");
     script(R"({"type":0,"id":1})", "error: \"text\" is missing");
     script(R"({"type":0,"id":1,"text":5})", "error: \"text\" must be a string, an object or an array");
@@ -129,161 +175,34 @@ void ScriptTest::aLine_data()
     script(R"({"name":{"all":"x"}})", "error: \"name\": \"all\" must be a component id with a title text");
 
     script(R"({"at":1e999,"type":0,"id":1,"text":""})", "error: number overflow parsing '1e999'");
-    script(R"({"type":1,"id":1,"text":{"last":-1e999}})", "error: number overflow parsing '-1e999'");
     const auto refused = [](int id) {
         return "error: \"cmd\" " + std::to_string(id) + ": what modules get under this id isn't a text";
     };
     script(R"({"type":0,"id":1,"text":{"operate":"notify","cmd":"102"}})", refused(102).c_str());
     script(R"({"type":"operate","id":-1,"text":"{\"operate\":\"show\",\"cmd\":\" +207x\"}"})",
            refused(207).c_str());
-    script(R"({"type":0,"id":1,"text":{"cmd":"204","operate":"hide"}})", refused(204).c_str());
     script(R"({"type":1,"id":1,"text":{"cmd":"102"}})",
            R"(1 1 {"cmd":"102"})");                                           // a push: a text by contract
     script(R"({"type":0,"id":1,"text":{"cmd":102}})", R"(0 1 {"cmd":102})");  // not read as an id
-    script(R"({"type":0,"id":1,"text":"{\"cmd\":\"102\""})", R"(0 1 {"cmd":"102")");
     script(R"({"type":0,"id":1,"text":"[\"cmd\",1e999]"})", R"(0 1 ["cmd",1e999])");
 
     typed(R"({"at":20,"type":1,"id":2,"text":"x"})", "@20 1 2 x");
     typed("  open   41001 ",
           R"(0 41001 {"operate":"clicked","need_wrapper":"1","need_display":"1","always_display":"1"})");
-    typed("toggle 7", R"(0 7 {"operate":"clicked","need_wrapper":"1","need_display":"1"})");
     typed("hide -1", R"(0 -1 {"operate":"hide"})");
     typed("notify 7 1  two  \"words\" ",
           R"(0 7 {"operate":"notify","cmd":"1","bussiness":"two  \"words\"","need_create_new":"0"})");
     typed("push 7 {\"a\": 1}", "1 7 {\"a\": 1}");
     typed("destroyui", "0 -1 destroyui");
     typed("quit", "quit");
-    typed("help", "help");
     typed("quit now", "error: \"now\" is too much");
     typed("show", "error: ID is missing");
-    typed("show +7", "error: ID must be a 32-bit number, not \"+7\"");
     typed("notify 7 9001x", "error: CMD must be a 32-bit number, not \"9001x\"");
     typed("notify 41002 102 600519", refused(102).c_str());
-    typed("notify 7 119", refused(119).c_str());
     typed("notify 7 1000000 x", refused(1'000'000).c_str());
     typed("notify 7 500 x", R"(0 7 {"operate":"notify","cmd":"500","bussiness":"x","need_create_new":"0"})");
     typed("notify 7 1 \xFF", "error: invalid UTF-8 byte at index 0: 0xFF");
-    typed("push 7", "error: TEXT is missing");
     typed("opne 7", "error: unknown command \"opne\"; \"help\" lists them");
-}
-
-void ScriptTest::aLine()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, expected);
-    const bool isTyped = QByteArray(QTest::currentDataTag()).startsWith("typed: ");
-    const ParsedLine parsed = isTyped ? ParseTypedLine(text.constData()) : ParseScriptLine(text.constData());
-    QCOMPARE(QByteArray::fromStdString(DescribeLine(parsed)), expected);
-}
-
-void ScriptTest::aScriptNumbersItsBadLinesAndGoesOn()
-{
-    const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
-    std::istringstream input(
-        "{\"note\":\"a\"}\n"
-        "\n"
-        "{\"note\":}\n"
-        "# a comment\n"
-        "{\"at\":300,\"note\":\"b\"}\n"
-        "{\"type\":1,\"id\":1,\"text\":" +
-        deep +
-        "}\n"
-        "{\"at\":900}\n"
-        "{\"at\":1e999,\"note\":\"never\"}\n"
-        "{\"at\":100,\"note\":\"c\"}\r\n"
-        "{\"note\":\"d\"}");
-    const Script script = ReadScript(input, "day.jsonl");
-    QStringList acts;
-    for (const TimedAct& act : script.acts) {
-        acts << QString::fromStdString(std::to_string(act.at.count()) + ' ' +
-                                       std::visit(Describe{}, act.act));
-    }
-    QCOMPARE(acts.join(QLatin1Char(',')), QStringLiteral("0 note a,300 note b,100 note c,100 note d"));
-    QCOMPARE(script.complaints.size(), 4U);
-    QVERIFY(script.complaints[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
-    QCOMPARE(script.complaints[1], std::string("day.jsonl:6: nested more than 512 deep"));
-    QCOMPARE(script.complaints[2], std::string("day.jsonl:7: \"type\" is missing"));
-    QCOMPARE(script.complaints[3], std::string("day.jsonl:8: number overflow parsing '1e999'"));
-}
-
-void ScriptTest::actsOfOneTimeKeepTheirOrder()
-{
-    using std::chrono::milliseconds;
-    Scheduler schedule;
-    schedule.Add(milliseconds(200), Note{"c"});
-    schedule.Add(milliseconds(100), Note{"a"});
-    schedule.Add(milliseconds(200), Note{"d"});
-    schedule.Add(milliseconds(100), Note{"b"});
-    QVERIFY(!schedule.TakeDue(milliseconds(99)));
-    std::string order;
-    while (const std::optional<Act> act = schedule.TakeDue(milliseconds(200))) {
-        order += std::get<Note>(*act).text;
-    }
-    QCOMPARE(order, std::string("abcd"));
-    QVERIFY(!schedule.NextAt());
-}
-
-void ScriptTest::theDemoIsAMinuteOfSoundQuotes()
-{
-    QFile file(QStringLiteral(DEMO_SCRIPT));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    std::istringstream input(file.readAll().toStdString());
-    const Script script = ReadScript(input, "demo.jsonl");
-    QCOMPARE(script.complaints.size(), 0U);
-    QVERIFY(std::holds_alternative<Quit>(script.acts.back().act));
-    const auto seconds = script.acts.back().at / std::chrono::seconds(1);
-    QVERIFY(seconds >= 60 && seconds <= 70);
-
-    int quotes = 0;
-    for (const TimedAct& act : script.acts) {
-        const auto* const message = std::get_if<Message>(&act.act);
-        if (!message || message->type != 1) {
-            continue;
-        }
-        const QJsonObject push = QJsonDocument::fromJson(QByteArray::fromStdString(message->text)).object();
-        const QJsonObject param = push[QStringLiteral("init_param")].toObject();
-        for (const QJsonValue value : param[QStringLiteral("quotes")].toArray()) {
-            const QJsonObject quote = value.toObject();
-            const QList<int> ladder = Ladder(quote);
-            const int last = Ticks(quote[QStringLiteral("last")]);
-            QCOMPARE(ladder.size(), 10);
-            QVERIFY(std::adjacent_find(ladder.begin(), ladder.end(), std::greater_equal<>()) == ladder.end());
-            QVERIFY(last == ladder[4] || last == ladder[5]);
-            QVERIFY(last >= Ticks(quote[QStringLiteral("low")]) &&
-                    last <= Ticks(quote[QStringLiteral("high")]));
-            ++quotes;
-        }
-    }
-    QVERIFY(quotes > 300);
-}
-
-void ScriptTest::theDisplay_data()
-{
-    QTest::addColumn<DisplayEnvironment>("environment");
-    QTest::addColumn<bool>("usable");
-    QTest::addColumn<QByteArray>("platform");
-    QTest::addColumn<QByteArray>("advice");
-    const auto row = [](const char* name, const DisplayEnvironment& environment, bool usable,
-                        const char* platform, const char* advice) {
-        QTest::newRow(name) << environment << usable << QByteArray(platform) << QByteArray(advice);
-    };
-    row("X11", {"", ":0", ""}, true, "xcb", "");
-    row("Wayland with XWayland", {"", ":0", "wayland-0"}, true, "xcb", "");
-    row("Wayland alone", {"", "", "wayland-0"}, false, "", "XWayland");
-    row("nothing", {"", "", ""}, false, "", "no display");
-    row("a platform is named", {"offscreen", "", "wayland-0"}, true, "", "");
-    row("Wayland is named", {"wayland-egl", ":0", "wayland-0"}, true, "", "XWayland");
-}
-
-void ScriptTest::theDisplay()
-{
-    QFETCH(DisplayEnvironment, environment);
-    QFETCH(QByteArray, advice);
-    const DisplayChoice choice = ChooseDisplay(environment);
-    QTEST(choice.usable, "usable");
-    QTEST(QByteArray::fromStdString(choice.platform), "platform");
-    QCOMPARE(choice.advice.empty(), advice.isEmpty());
-    QVERIFY(choice.advice.find(advice.toStdString()) != std::string::npos);
 }
 
 PANELRY_TEST(ScriptTest)

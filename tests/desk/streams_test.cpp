@@ -1,53 +1,20 @@
-#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "desk/desk_process.h"
 #include "desk/output.h"
 #include "desk/typed_input.h"
 #include "support/test.h"
 
+using panelry::test::Pipe;
+
 namespace
 {
-
-/// A pipe; what is read from it doesn't wait.
-struct Pipe {
-    Pipe()
-    {
-        if (pipe2(ends.data(), O_CLOEXEC) != 0 || fcntl(ends[0], F_SETFL, O_NONBLOCK) != 0) {
-            qFatal("no pipe");
-        }
-    }
-    ~Pipe()
-    {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    void Put(const char* text) const
-    {
-        QCOMPARE(write(ends[1], text, qstrlen(text)), ssize_t(qstrlen(text)));
-    }
-
-    std::string TakeAll() const
-    {
-        std::string taken;
-        std::array<char, 65536> block{};
-        for (ssize_t size = 0; (size = read(ends[0], block.data(), block.size())) > 0;) {
-            taken.append(block.data(), static_cast<std::size_t>(size));
-        }
-        return taken;
-    }
-
-    std::array<int, 2> ends{};
-};
 
 const std::string kLong = std::string(100'000, 'x') + '\n';  // more than a pipe holds
 

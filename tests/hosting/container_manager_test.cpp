@@ -3,7 +3,6 @@
 #include <QGuiApplication>
 #include <QPushButton>
 #include <QScreen>
-#include <QTimer>
 
 #include "hosting/container_widget.h"
 #include "hosting/stage.h"
@@ -118,38 +117,29 @@ private Q_SLOTS:
     }
     void cleanupTestCase() { QVERIFY(QApplication::topLevelWidgets().isEmpty()); }
 
-    void CloneStandsBesideItsSource_data()
-    {
-        QTest::addColumn<int>("beyond");   // pixels beyond the last place that leaves room at the right
-        QTest::addColumn<int>("windows");  // that stand in the way, each a step further
-        QTest::addColumn<QPoint>("offset");
-        QTest::newRow("right") << -100 << 0 << QPoint(210, 0);
-        QTest::newRow("right at the limit") << 0 << 0 << QPoint(210, 0);
-        QTest::newRow("left beyond it") << 1 << 0 << QPoint(-210, 0);
-        QTest::newRow("right, two in the way") << 0 << 2 << QPoint(230, 20);
-        QTest::newRow("left, two in the way") << 1 << 2 << QPoint(-230, 20);
-    }
-
     void CloneStandsBesideItsSource()
     {
-        QFETCH(const int, beyond);
-        QFETCH(const int, windows);
-        QFETCH(const QPoint, offset);
-        Office office;
-        office.manager->CreateContainer(1, nullptr, kHiddenFrame);
-        ContainerWidget* const source = office.Frame('a');
-        const QPoint at(kScreenWidth - 2 * (200 + 5) + beyond, 50);
-        source->move(at);
-        for (int i = 0; i < windows; ++i) {  // frames and bare widgets in turn
-            office.manager->CreateContainer(1, nullptr, i % 2 == 0 ? kHiddenFrame : "");
-            office.Module(static_cast<char>('b' + i))
-                ->widget->window()
-                ->move(at + QPoint(beyond > 0 ? -210 - 10 * i : 210 + 10 * i, 10 * i));
-        }
-        office.manager->CreateContainer(2, nullptr, kHiddenFrame);  // another component is not in the way
-        office.Frame(static_cast<char>('b' + windows))->move(at + offset);
-        office.manager->CreateContainer(1, source, kHiddenFrame);
-        QCOMPARE(office.Frame(static_cast<char>('c' + windows))->pos(), at + offset);
+        // `beyond` the last place that leaves room at the right; `windows` in the way, each a step further.
+        const auto offset = [](int beyond, int windows) {
+            Office office;
+            office.manager->CreateContainer(1, nullptr, kHiddenFrame);
+            ContainerWidget* const source = office.Frame('a');
+            const QPoint at(kScreenWidth - 2 * (200 + 5) + beyond, 50);
+            source->move(at);
+            for (int i = 0; i <= windows; ++i) {    // frames and bare widgets in turn
+                const bool isOther = i == windows;  // another component is not in the way
+                office.manager->CreateContainer(isOther ? 2 : 1, nullptr, i % 2 == 0 ? kHiddenFrame : "");
+                office.Module(static_cast<char>('b' + i))
+                    ->widget->window()
+                    ->move(at + QPoint(beyond > 0 ? -210 - 10 * i : 210 + 10 * i, 10 * i));
+            }
+            office.manager->CreateContainer(1, source, kHiddenFrame);
+            return office.Frame(static_cast<char>('c' + windows))->pos() - at;
+        };
+        QCOMPARE(offset(0, 0), QPoint(210, 0));
+        QCOMPARE(offset(1, 0), QPoint(-210, 0));
+        QCOMPARE(offset(0, 2), QPoint(230, 20));
+        QCOMPARE(offset(1, 2), QPoint(-230, 20));
     }
 
     void HostHearsOfFramedClones()
@@ -160,18 +150,11 @@ private Q_SLOTS:
         office.host.answer = [&](int code, void* data) {
             if (code == 1) {
                 told << QString::fromLatin1(static_cast<const char*>(data)) + office.State();
-            } else if (code == 2) {
-                StringMap& names = *static_cast<StringMap*>(data);
-                QCOMPARE(names, (StringMap{{"component_id", "1"}}));
-                names["component_name"] = "名";
             }
         };
         office.manager->CreateContainer(1, nullptr, kHiddenFrame);
         office.manager->CreateContainer(1, office.Frame('a'), kHiddenFrame);
         office.manager->CreateContainer(1, office.Frame('a'), "");
-        QCOMPARE(office.Module('b')->widget->property("property_modulename").toString(),
-                 QStringLiteral("名"));
-        QCOMPARE(office.Module('c')->widget->property("property_modulename"), QVariant());
         office.log.clear();
         office.Say(1, R"({"operate": "clicked", "cmd": "5"})");
         // Once, before the clone is shown; not for the first window and not for a bare one.
@@ -233,87 +216,32 @@ private Q_SLOTS:
         QCOMPARE(office.modules.size(), std::size_t{11});
     }
 
-    void PanelClosesItselfInAMessage_data()
-    {
-        QTest::addColumn<int>("id");
-        QTest::addColumn<QString>("verb");
-        QTest::newRow("click") << 1 << "clicked";
-        QTest::newRow("addressed") << 1 << "show";
-        QTest::newRow("to all") << -1 << "show";
-        QTest::newRow("notification") << 1 << "notify";
-        QTest::newRow("notification to all") << -1 << "notify";
-        QTest::newRow("data") << 1 << "";
-        QTest::newRow("data to all") << -1 << "";
-    }
-
     void PanelClosesItselfInAMessage()
     {
         ExpectWarning(QLatin1String(kOffscreenWarning));
-        QFETCH(const int, id);
-        QFETCH(const QString, verb);
-        Office office;
-        office.Say(1, kFramed);
-        const QPointer<ContainerWidget> frame = office.Frame('a');
-        office.Module('a')->heard = [&](int, void*) { office.Button('a', "closebtn_titlebar")->click(); };
-        if (verb.isEmpty()) {
-            office.manager->OnDealPushData(id, "{}");
-        } else {
-            office.Say(
-                id,
-                qPrintable(QStringLiteral(R"({"operate":"%1","cmd":"5","always_display":"1"})").arg(verb)));
+        for (const auto& [id, verb] : {std::pair{1, "clicked"},
+                                       {1, "show"},
+                                       {-1, "show"},
+                                       {1, "notify"},
+                                       {-1, "notify"},
+                                       {1, ""},
+                                       {-1, ""}}) {
+            Office office;
+            office.Say(1, kFramed);
+            const QPointer<ContainerWidget> frame = office.Frame('a');
+            office.Module('a')->heard = [&](int, void*) { office.Button('a', "closebtn_titlebar")->click(); };
+            if (!*verb) {  // data
+                office.manager->OnDealPushData(id, "{}");
+            } else {
+                const QString text = QStringLiteral(R"({"operate":"%1","cmd":"5","always_display":"1"})");
+                office.Say(id, qPrintable(text.arg(QLatin1String(verb))));
+            }
+            QCOMPARE(office.State(), QString());
+            QVERIFY(!frame || !frame->isVisible());  // stays closed until it is deleted
+            QTRY_VERIFY(!frame);
+            office.Say(1, kFramed);
+            QCOMPARE(office.State(), QStringLiteral("b+"));
         }
-        QCOMPARE(office.State(), QString());
-        QVERIFY(!frame || !frame->isVisible());  // stays closed until it is deleted
-        QTRY_VERIFY(!frame);
-        office.Say(1, kFramed);
-        QCOMPARE(office.State(), QStringLiteral("b+"));
-    }
-
-    void TeardownInACallbackWaitsAndKeepsTheOrder()
-    {
-        Office office;
-        bool asked = false;
-        office.host.answer = [&](int code, void*) {
-            if (code == 2 && !std::exchange(asked, true)) {
-                office.Say(-1, "destroyui");
-                office.Say(2, R"({"operate": "clicked"})");
-                office.Say(-1, "destroyui");
-                office.manager->OnDealPushData(2, R"({"init_param": 1})");
-                office.Say(1, R"({"operate": "notify", "cmd": "5"})");
-            }
-        };
-        office.Say(1, R"({"operate": "notify", "need_wrapper": "1"})");
-        QCOMPARE(office.State(), QStringLiteral("a-"));  // still on the stack, and nothing behind it has come
-        office.manager->OnDealPushData(1, "{}");
-        QCOMPARE(office.log, QStringLiteral("a:102"));
-        QTRY_COMPARE(office.State(), QStringLiteral("c-d-"));
-        QCOMPARE(office.log, QStringLiteral("a:102 b:102 c:102 c:113 c:114 d:102 d:5 d:113 d:114"));
-        office.Say(-1, "destroyui");  // at rest: at once
-        QCOMPARE(office.State(), QString());
-        QVERIFY(QApplication::topLevelWidgets().isEmpty());
-    }
-
-    void NothingIsDispatchedAfterQuit()
-    {
-        Office office;
-        office.host.answer = [&](int code, void*) {
-            if (code == 2) {
-                office.Say(-1, "quit");
-                office.Say(2, kFramed);
-                office.manager->OnDealPushData(2, "{}");
-            }
-        };
-        QTimer::singleShot(0, office.manager, [&] {
-            office.Say(-1, R"({"operate": "quit"})");  // not the bare word
-            office.Say(1, R"({"operate": "notify", "need_wrapper": "1", "cmd": "5"})");
-            office.Say(-1, "destroyui");
-        });
-        QCoreApplication::exec();
-        QCOMPARE(office.log, QStringLiteral("a:102"));
-        QCOMPARE(office.State(), QStringLiteral("a-"));  // its creation was on the stack
-        office.manager->FinishQuit();
-        QCOMPARE(office.State(), QString());
-        QVERIFY(QApplication::topLevelWidgets().isEmpty());
     }
 };
 

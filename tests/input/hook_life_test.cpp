@@ -14,13 +14,13 @@ using panelry::test::CapturedOutput;
 using panelry::test::FakeHook;
 using panelry::test::KeyEvent;
 using panelry::test::Listener;
+using panelry::test::MouseEvent;
 
 namespace
 {
 
 constexpr HookTiming kNoWatch{1h, 1h};
 constexpr HookTiming kNoWatchNoPatience{1h, 1h, 20ms};
-constexpr HookTiming kAttentive{5ms, 100ms};
 constexpr char kAnyKey[] = R"({"hook_type":"4"})";
 
 }  // namespace
@@ -31,12 +31,17 @@ class HookLifeTest : public panelry::test::Test
 
 private:
     FakeHook& m_hook = FakeHook::Instance();
+    QString m_log;
+    Listener m_module{QStringLiteral("a"), m_log};
+
+    bool Press() { return m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)); }
 
 private Q_SLOTS:
     void init()
     {
         Test::init();
         m_hook.Reset();
+        m_log.clear();
     }
     void cleanup()
     {
@@ -56,11 +61,9 @@ private Q_SLOTS:
         manager.Start();
         manager.Start();
         QVERIFY(m_hook.WaitUntilUp(1));
-        QString log;
-        Listener module(QStringLiteral("a"), log);
-        manager.RegisterModule(&module, kAnyKey);
-        QVERIFY(m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)));
-        QCOMPARE(log, QStringLiteral("a"));
+        manager.RegisterModule(&m_module, kAnyKey);
+        QVERIFY(Press());
+        QCOMPARE(m_log, QStringLiteral("a"));
         QCOMPARE(manager.Stop(), 0);
         QVERIFY(m_hook.WaitUntilUp(0));
         QCOMPARE(manager.Stop(), 0);
@@ -85,18 +88,6 @@ private Q_SLOTS:
         QVERIFY(m_hook.WaitUntilUp(0));
     }
 
-    void AStopBeforeTheHookIsUpWaitsUntilItIs()
-    {
-        m_hook.SetAnswers(false);
-        HookManager manager(kNoWatch);
-        manager.Start();
-        QVERIFY(m_hook.WaitForRuns(1));
-        std::thread display([this] { m_hook.SetAnswers(true); });
-        manager.Stop();
-        display.join();
-        QVERIFY(m_hook.WaitUntilUp(0));
-    }
-
     // The display answers only in the next life: that one gets its hook once the old one has been ended.
     void AHookThatDoesntComeUpIsLeftBehindAndEndedLater()
     {
@@ -107,31 +98,27 @@ private Q_SLOTS:
             QVERIFY(m_hook.WaitForRuns(1));
         }
         HookManager next(kNoWatchNoPatience);
-        QString log;
-        Listener module(QStringLiteral("a"), log);
-        next.RegisterModule(&module, kAnyKey);
+        next.RegisterModule(&m_module, kAnyKey);
         next.Start();
         QCOMPARE(m_hook.Runs(), 1);
         m_hook.SetAnswers(true);
         QVERIFY(m_hook.WaitForRuns(2));
         QVERIFY(m_hook.WaitUntilUp(1));
-        QVERIFY(m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)));
-        QCOMPARE(log, QStringLiteral("a"));
+        QVERIFY(Press());
+        QCOMPARE(m_log, QStringLiteral("a"));
     }
 
     void AHookThatDoesntEndIsNeverJoinedByASecondOne()
     {
         m_hook.SetObeys(false);
-        QString log;
-        Listener module(QStringLiteral("a"), log);
         {
             HookManager manager(kNoWatchNoPatience);
-            manager.RegisterModule(&module, kAnyKey);
+            manager.RegisterModule(&m_module, kAnyKey);
             manager.Start();
             QVERIFY(m_hook.WaitUntilUp(1));
         }
-        QVERIFY(m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)));  // alive, and nobody listens
-        QCOMPARE(log, QString());
+        QVERIFY(Press());  // alive, and nobody listens
+        QCOMPARE(m_log, QString());
         HookManager next(kNoWatchNoPatience);
         next.Start();
         next.Stop();  // it hasn't had its turn
@@ -142,10 +129,15 @@ private Q_SLOTS:
         QVERIFY(m_hook.WaitUntilUp(1));
     }
 
-    void TheProbeIsAPressAndARelease()
+    void AHookThatHearsTheProbeIsLeftAlone()
     {
-        HookManager manager(kAttentive);
-        QVERIFY(m_hook.WaitForPosts(4));
+        HookManager manager({1ms, 10s});
+        manager.RegisterModule(&m_module, kAnyKey);
+        manager.RegisterModule(&m_module, R"({"hook_type":"5"})");
+        manager.Start();
+        QVERIFY(m_hook.WaitForPosts(40));
+        QCOMPARE(m_hook.Runs(), 1);
+        QCOMPARE(m_log, QString());
         const std::deque<uiohook_event> posted = m_hook.Posted();
         for (std::size_t i = 0; i < 4; ++i) {
             QCOMPARE(posted[i].type, i % 2 == 0 ? EVENT_KEY_PRESSED : EVENT_KEY_RELEASED);
@@ -155,66 +147,19 @@ private Q_SLOTS:
         }
     }
 
-    void AHookThatHearsTheProbeIsLeftAlone()
-    {
-        HookManager manager({1ms, 10s});
-        QString log;
-        Listener module(QStringLiteral("a"), log);
-        manager.RegisterModule(&module, kAnyKey);
-        manager.RegisterModule(&module, R"({"hook_type":"5"})");
-        manager.Start();
-        QVERIFY(m_hook.WaitForPosts(40));
-        QCOMPARE(m_hook.Runs(), 1);
-        QCOMPARE(log, QString());
-    }
-
+    // The mouse is no sign of life.
     void AHookThatHasFallenSilentIsStartedAnewWithItsRegistrations()
     {
-        HookManager manager(kAttentive);
-        QString log;
-        Listener module(QStringLiteral("a"), log);
-        manager.RegisterModule(&module, kAnyKey);
+        HookManager manager({5ms, 200ms});
+        manager.RegisterModule(&m_module, kAnyKey);
         m_hook.SetEchoes(false);
         manager.Start();
-        QVERIFY(m_hook.WaitForRuns(3));
+        QTRY_VERIFY_WITH_TIMEOUT((m_hook.Dispatch(MouseEvent(EVENT_MOUSE_MOVED)), m_hook.Runs() >= 3),
+                                 20'000);
         m_hook.SetEchoes(true);
         QVERIFY(m_hook.WaitUntilUp(1));
-        QTRY_VERIFY(m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)));
-        QVERIFY(log.contains(QLatin1Char('a')));
-    }
-
-    // Any key is a sign of life; the mouse is none.
-    void SignsOfLife_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<bool>("lives");
-        QTest::newRow("a key is pressed") << int(EVENT_KEY_PRESSED) << true;
-        QTest::newRow("a key is released") << int(EVENT_KEY_RELEASED) << true;
-        QTest::newRow("the mouse moves") << int(EVENT_MOUSE_MOVED) << false;
-    }
-    void SignsOfLife()
-    {
-        QFETCH(int, type);
-        QFETCH(bool, lives);
-        m_hook.SetEchoes(false);
-        constexpr std::chrono::milliseconds patience = 400ms;
-        HookManager manager({2ms, patience});
-        manager.Start();
-        QVERIFY(m_hook.WaitUntilUp(1));
-        using Clock = std::chrono::steady_clock;
-        const Clock::time_point start = Clock::now();
-        Clock::time_point last = start;
-        Clock::duration longestGap{};
-        while (last < start + 2 * patience && m_hook.Runs() == 1) {
-            m_hook.Dispatch(KeyEvent(static_cast<event_type>(type), 0, VC_A));
-            std::this_thread::sleep_for(1ms);
-            longestGap = std::max(longestGap, Clock::now() - last);
-            last = Clock::now();
-        }
-        if (longestGap > patience / 2) {
-            QSKIP("the machine stood still for too long to tell");
-        }
-        QCOMPARE(m_hook.Runs() == 1, lives);
+        QTRY_VERIFY(Press());
+        QVERIFY(m_log.contains(QLatin1Char('a')));
     }
 
     void WithoutADisplayEachTryIsOneLine()

@@ -7,6 +7,7 @@
 #include <QTemporaryFile>
 #include <cstdio>
 #include <functional>
+#include <utility>
 
 #include "hosting/message_ids.h"
 #include "services/module_base.h"
@@ -53,20 +54,17 @@ public:
     /// All of it; the capture is over then.
     QByteArray Text()
     {
+        std::fflush(stdout);
         if (m_stdout >= 0) {
-            std::fflush(stdout);
             ::dup2(m_stdout, STDOUT_FILENO);
-            ::close(m_stdout);
-            m_stdout = -1;
-            m_file.seek(0);
-            m_text = m_file.readAll();
+            ::close(std::exchange(m_stdout, -1));
         }
-        return m_text;
+        m_file.seek(0);
+        return m_file.readAll();
     }
 
 private:
     QTemporaryFile m_file;
-    QByteArray m_text;
     int m_stdout = -1;
 };
 

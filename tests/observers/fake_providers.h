@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "services/quote_observer.h"
@@ -30,16 +31,11 @@ public:
 protected:
     int Record(std::string call, const void* subscriber = nullptr)
     {
-        std::function<void()> inside;
-        {
-            const std::lock_guard guard(m_lock);
-            if (subscriber) {
-                call += subscriber == m_expectedSubscriber ? " self" : " stranger";
-            }
-            m_calls.push_back(std::move(call));
-            inside.swap(m_inside);
-        }
-        if (inside) {
+        std::unique_lock guard(m_lock);
+        call += !subscriber ? "" : subscriber == m_expectedSubscriber ? " self" : " stranger";
+        m_calls.push_back(std::move(call));
+        if (const auto inside = std::exchange(m_inside, nullptr)) {
+            guard.unlock();
             inside();
         }
         return m_result;
@@ -98,10 +94,7 @@ public:
     }
     int ListCodeMatches(std::vector<MarketCode>& codes, std::vector<std::vector<std::string>>& rows) override
     {
-        rows = {
-            {"\x10"
-             "600000",
-             "name"}};
+        rows = {{"\020600000", "name"}};
         return Record("ListCodeMatches" + Words(codes));
     }
     int AgreedQuoteCall(std::uintptr_t a, std::uintptr_t b) override

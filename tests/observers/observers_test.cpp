@@ -15,7 +15,6 @@ namespace
 
 using Calls = std::vector<std::string>;
 using Codes = std::vector<MarketCode>;
-using Call = std::function<int(PairOfObservers&)>;
 
 constexpr bool kOn = true;
 constexpr bool kOff = false;
@@ -26,21 +25,13 @@ struct Stage {
     {
         quotes.Expect(pair.get());
         trades.Expect(pair.get());
-        quoteResult = pair->QuoteObserver::SetProvider(&quotes);
-        tradeResult = pair->TradeObserver::SetProvider(&trades);
-    }
-
-    std::string LastCall() const
-    {
-        const Calls calls = quotes.Calls().size() > 1 ? quotes.Calls() : trades.Calls();
-        return calls.back();
+        pair->QuoteObserver::SetProvider(&quotes);
+        pair->TradeObserver::SetProvider(&trades);
     }
 
     FakeQuoteProvider quotes;
     FakeTradeProvider trades;
     std::shared_ptr<PairOfObservers> pair = std::make_shared<PairOfObservers>();
-    int quoteResult = 0;
-    int tradeResult = 0;
 };
 
 Codes TwoStocks()
@@ -48,10 +39,15 @@ Codes TwoStocks()
     return {{16, "600000"}, {32, "unknown"}};
 }
 
-// A result whose out parameters are as they should be; -1 goes without.
-int Checked(int result, bool asItShouldBe)
+// "codes" for the two stocks, "A7" and "B7" for topics, anything else for a key.
+int Subscribe(PairOfObservers& pair, const std::string& what, bool on)
 {
-    return result == -1 || asItShouldBe ? result : 1000;
+    Codes stocks = TwoStocks();
+    const auto topic = static_cast<std::uint32_t>(std::atoll(what.c_str() + 1));
+    return what == "codes"  ? pair.SubscribeCodes(stocks, on)
+           : what[0] == 'A' ? pair.SubscribeTopicA(topic, on)
+           : what[0] == 'B' ? pair.SubscribeTopicB(1, 2, topic, on)
+                            : pair.SubscribeKey(what, on);
 }
 
 std::string KeysOf(const PairOfObservers& pair)
@@ -72,9 +68,14 @@ std::string KeysOf(const PairOfObservers& pair)
     return keys;
 }
 
+template <class... Operation>
+std::vector<int> PlacesOf(Operation... operations)
+{
+    return {SlotOf(operations)...};
+}
+
 }  // namespace
 
-Q_DECLARE_METATYPE(Call)
 Q_DECLARE_METATYPE(std::string)
 
 class ObserversTest : public panelry::test::Test
@@ -83,227 +84,152 @@ class ObserversTest : public panelry::test::Test
 
 private Q_SLOTS:
     // The n-th operation of a host's object has place n: the destructor, the first, fills 0 and 1.
-    void HostsFindEachOperationInItsPlace_data()
-    {
-        QTest::addColumn<int>("slot");
-        QTest::addColumn<int>("place");
-        QTest::newRow("quote: Attach") << SlotOf(&QuoteProvider::Attach) << 3;
-        QTest::newRow("quote: QueryQuoteFields") << SlotOf(&QuoteProvider::QueryQuoteFields) << 5;
-        QTest::newRow("quote: SubscribeCodes") << SlotOf(&QuoteProvider::SubscribeCodes) << 7;
-        QTest::newRow("quote: SubscribeTopicA") << SlotOf(&QuoteProvider::SubscribeTopicA) << 8;
-        QTest::newRow("quote: SubscribeTopicB") << SlotOf(&QuoteProvider::SubscribeTopicB) << 9;
-        QTest::newRow("quote: ResolveCodeMarkets") << SlotOf(&QuoteProvider::ResolveCodeMarkets) << 10;
-        QTest::newRow("quote: ListCodeMatches") << SlotOf(&QuoteProvider::ListCodeMatches) << 15;
-        QTest::newRow("quote: AgreedQuoteCall") << SlotOf(&QuoteProvider::AgreedQuoteCall) << 16;
-        QTest::newRow("trade: Attach") << SlotOf(&TradeProvider::Attach) << 2;
-        QTest::newRow("trade: SendTradeRequest") << SlotOf(&TradeProvider::SendTradeRequest) << 3;
-        QTest::newRow("trade: GetString") << SlotOf(&TradeProvider::GetString) << 6;
-        QTest::newRow("trade: SubscribeKey") << SlotOf(&TradeProvider::SubscribeKey) << 7;
-        QTest::newRow("trade: SetStringMap") << SlotOf(&TradeProvider::SetStringMap) << 8;
-        QTest::newRow("trade: GetStringMap") << SlotOf(&TradeProvider::GetStringMap) << 10;
-        QTest::newRow("trade: GetTable") << SlotOf(&TradeProvider::GetTable) << 11;
-        QTest::newRow("table: Name") << SlotOf(&HostTable::Name) << 2;
-        QTest::newRow("table: RowCount") << SlotOf(&HostTable::RowCount) << 3;
-        QTest::newRow("table: CellText") << SlotOf(&HostTable::CellText) << 4;
-        QTest::newRow("table: FindColumn") << SlotOf(&HostTable::FindColumn) << 5;
-        QTest::newRow("answer table: ColumnCount") << SlotOf(&HostAnswerTable::ColumnCount) << 2;
-        QTest::newRow("answer table: RowCount") << SlotOf(&HostAnswerTable::RowCount) << 3;
-        QTest::newRow("answer table: ColumnInfo") << SlotOf(&HostAnswerTable::ColumnInfo) << 4;
-        QTest::newRow("answer table: CellValue") << SlotOf(&HostAnswerTable::CellValue) << 5;
-        QTest::newRow("watchlist listener") << SlotOf(&WatchlistListener::OnWatchlistEvent) << 2;
-        const int quote = SlotOf(&QuoteObserver::ForwardQuoteCall);
-        QTest::newRow("quote observer: self") << SlotOf(&QuoteObserver::ObserverSelf) - quote << 1;
-        QTest::newRow("quote observer: push") << SlotOf(&QuoteObserver::OnQuotePush) - quote << 2;
-        QTest::newRow("quote observer: event") << SlotOf(&QuoteObserver::OnQuoteEvent) - quote << 3;
-        const int trade = SlotOf(&TradeObserver::ObserverSelf);
-        QTest::newRow("trade observer: table") << SlotOf(&TradeObserver::OnTableChanged) - trade << 1;
-        QTest::newRow("trade observer: data") << SlotOf(&TradeObserver::OnDataPush) - trade << 2;
-        QTest::newRow("trade observer: funds") << SlotOf(&TradeObserver::OnFundsPush) - trade << 3;
-        QTest::newRow("trade observer: log-in") << SlotOf(&TradeObserver::OnLoginState) - trade << 4;
-    }
-
     void HostsFindEachOperationInItsPlace()
     {
-        QFETCH(const int, slot);
-        QTEST(slot, "place");
+        using Places = std::vector<int>;
+        using Quotes = QuoteProvider;
+        using Trades = TradeProvider;
+        using Answer = HostAnswerTable;
+        QCOMPARE(PlacesOf(&Quotes::Attach, &Quotes::QueryQuoteFields, &Quotes::SubscribeCodes,
+                          &Quotes::SubscribeTopicA, &Quotes::SubscribeTopicB, &Quotes::ResolveCodeMarkets,
+                          &Quotes::ListCodeMatches, &Quotes::AgreedQuoteCall),
+                 (Places{3, 5, 7, 8, 9, 10, 15, 16}));
+        QCOMPARE(
+            PlacesOf(&Trades::Attach, &Trades::SendTradeRequest, &Trades::GetString, &Trades::SubscribeKey,
+                     &Trades::SetStringMap, &Trades::GetStringMap, &Trades::GetTable),
+            (Places{2, 3, 6, 7, 8, 10, 11}));
+        QCOMPARE(
+            PlacesOf(&HostTable::Name, &HostTable::RowCount, &HostTable::CellText, &HostTable::FindColumn),
+            (Places{2, 3, 4, 5}));
+        QCOMPARE(PlacesOf(&Answer::ColumnCount, &Answer::RowCount, &Answer::ColumnInfo, &Answer::CellValue),
+                 (Places{2, 3, 4, 5}));
+        QCOMPARE(SlotOf(&WatchlistListener::OnWatchlistEvent), 2);
+        const int quote = SlotOf(&QuoteObserver::ForwardQuoteCall);
+        QCOMPARE(
+            PlacesOf(&QuoteObserver::ObserverSelf, &QuoteObserver::OnQuotePush, &QuoteObserver::OnQuoteEvent),
+            (Places{quote + 1, quote + 2, quote + 3}));
+        const int trade = SlotOf(&TradeObserver::ObserverSelf);
+        QCOMPARE(PlacesOf(&TradeObserver::OnTableChanged, &TradeObserver::OnDataPush,
+                          &TradeObserver::OnFundsPush, &TradeObserver::OnLoginState),
+                 (Places{trade + 1, trade + 2, trade + 3, trade + 4}));
     }
 
-    void BothViewsShareOneObject()
+    // What the provider hears and what is remembered, by its result. "there", A7 and B7 are subscribed before.
+    void Subscriptions_data()
     {
-        const Stage stage;
-        const std::shared_ptr<QuoteObserver> quote =
-            stage.pair->virtual_enable_shared_from_this<QuoteObserver>::shared_from_this();
-        const std::shared_ptr<TradeObserver> trade =
-            stage.pair->virtual_enable_shared_from_this<TradeObserver>::shared_from_this();
-        QCOMPARE(stage.pair.use_count(), 3L);
-        QCOMPARE(quote->ObserverSelf(), static_cast<void*>(stage.pair.get()));
-        QCOMPARE(trade->ObserverSelf(), static_cast<void*>(stage.pair.get()));
-        QCOMPARE(stage.quotes.Calls(), (Calls{"Attach 1 self"}));
-        QCOMPARE(stage.trades.Calls(), (Calls{"Attach 1 self"}));
-    }
-
-    // Each operation with results of a provider: what the caller gets, what the provider hears, what is
-    // remembered. "there" is subscribed before.
-    void Forwarding_data()
-    {
-        QTest::addColumn<Call>("call");
+        QTest::addColumn<std::string>("what");
+        QTest::addColumn<bool>("on");
         QTest::addColumn<int>("result");
         QTest::addColumn<std::string>("heard");
         QTest::addColumn<std::string>("remembered");
-
-        const auto codes = [](bool on) {
-            return Call([on](PairOfObservers& pair) {
-                Codes stocks = TwoStocks();
-                return pair.SubscribeCodes(stocks, on);
-            });
-        };
         const std::string before = "0:there A7 B7 there ";
-        const auto row = [](const char* name, const Call& call, int result, const char* heard,
+        const auto row = [](const char* what, bool on, int result, const char* heard,
                             const std::string& remembered) {
-            QTest::newRow(name) << call << result << std::string(heard) << remembered;
-        };
-        const auto topicA = [](std::uint32_t topic, bool on) {
-            return Call([=](PairOfObservers& pair) { return pair.SubscribeTopicA(topic, on); });
-        };
-        const auto topicB = [](std::uint32_t topic, bool on) {
-            return Call([=](PairOfObservers& pair) { return pair.SubscribeTopicB(1, 2, topic, on); });
-        };
-        const auto key = [](const char* name, bool on) {
-            return Call([=](PairOfObservers& pair) { return pair.SubscribeKey(name, on); });
+            QTest::addRow("%s %s: %d", what, on ? "on" : "off", result)
+                << std::string(what) << on << result << std::string(heard) << remembered;
         };
         const char* const codesOn = "SubscribeCodes 16:600000 0:unknown on self";
-        row("codes", codes(kOn), 0, codesOn, "0:there 0:unknown 16:600000 A7 B7 there ");
-        row("codes, positive", codes(kOn), 2, codesOn, "0:there 0:unknown 16:600000 A7 B7 there ");
-        row("codes, refused", codes(kOn), -3, codesOn, before);
-        row("codes off, never subscribed", codes(kOff), 0, "SubscribeCodes 16:600000 0:unknown off self",
-            before);
-        row("topic A", topicA(4000000000U, kOn), 0, "SubscribeTopicA 4000000000 on self",
-            "0:there A7 A4000000000 B7 there ");
-        row("topic A, positive", topicA(8, kOn), 1, "SubscribeTopicA 8 on self", before);
-        row("topic A off", topicA(7, kOff), 0, "SubscribeTopicA 7 off self", "0:there B7 there ");
-        row("topic A off, refused", topicA(7, kOff), -1, "SubscribeTopicA 7 off self", before);
-        row("topic B", topicB(8, kOn), 0, "SubscribeTopicB 1 2 8 on self", "0:there A7 B7 B8 there ");
-        row("topic B, positive", topicB(8, kOn), 1, "SubscribeTopicB 1 2 8 on self", before);
-        row("topic B off", topicB(7, kOff), 0, "SubscribeTopicB 1 2 7 off self", "0:there A7 there ");
-        row("key", key("new", kOn), 0, "SubscribeKey new on self", "0:there A7 B7 new there ");
-        row("key, positive", key("new", kOn), 1, "SubscribeKey new on self", before);
-        row("key off", key("there", kOff), 0, "SubscribeKey there off self", "0:there A7 B7 ");
-        row("key off, positive", key("there", kOff), 1, "SubscribeKey there off self", before);
-        row(
-            "agreed call", [](PairOfObservers& pair) { return pair.ForwardQuoteCall(1, 2); }, 5,
-            "AgreedQuoteCall 1 2", before);
-        row(
-            "request",
-            [](PairOfObservers& pair) {
-                auto request = std::make_shared<ddsdk::TradeRequestParam>();
-                request->head["type"] = "1025";
-                return pair.SendTradeRequest(request);
-            },
-            6, "SendTradeRequest 1025 self", before);
-        row(
-            "fields",
-            [](PairOfObservers& pair) {
-                StringMap stock{{"stockcode", "600000"}};
-                std::shared_ptr<StringMap> fields;
-                const int result = pair.QueryQuoteFields(4, stock, fields);
-                return Checked(result, fields && fields->at("price_decimal") == "3");
-            },
-            -4, "QueryQuoteFields 4 600000", before);
-        row(
-            "matches",
-            [](PairOfObservers& pair) {
-                Codes stocks{{0, "600000"}};
-                std::vector<std::vector<std::string>> rows;
-                const int result = pair.ListCodeMatches(stocks, rows);
-                return Checked(result, rows.size() == 1 && stocks.size() == 1);
-            },
-            -4, "ListCodeMatches 0:600000", before);
-        row(
-            "text",
-            [](PairOfObservers& pair) {
-                std::shared_ptr<std::string> value;
-                const int result = pair.GetString("account", value);
-                return Checked(result, value && *value == "1234");
-            },
-            3, "GetString account", before);
-        row(
-            "map out and in",
-            [](PairOfObservers& pair) {
-                const auto map = std::make_shared<StringMap>();
-                const int result = pair.SetStringMap("zijin", map);
-                return Checked(result, pair.GetStringMap("zijin") == map && !pair.GetStringMap("other"));
-            },
-            -2, "GetStringMap other", before);
-        row(
-            "table", [](PairOfObservers& pair) { return pair.GetTable("account_table") ? 1000 : -1; }, -1,
-            "GetTable account_table", before);
+        row("codes", kOn, 2, codesOn, "0:there 0:unknown 16:600000 A7 B7 there ");
+        row("codes", kOn, -3, codesOn, before);
+        row("codes", kOff, 0, "SubscribeCodes 16:600000 0:unknown off self", before);
+        row("A4000000000", kOn, 0, "SubscribeTopicA 4000000000 on self", "0:there A7 A4000000000 B7 there ");
+        row("A8", kOn, 1, "SubscribeTopicA 8 on self", before);
+        row("A7", kOff, 0, "SubscribeTopicA 7 off self", "0:there B7 there ");
+        row("A7", kOff, -1, "SubscribeTopicA 7 off self", before);
+        row("B8", kOn, 0, "SubscribeTopicB 1 2 8 on self", "0:there A7 B7 B8 there ");
+        row("B8", kOn, 1, "SubscribeTopicB 1 2 8 on self", before);
+        row("B7", kOff, 0, "SubscribeTopicB 1 2 7 off self", "0:there A7 there ");
+        row("new", kOn, 0, "SubscribeKey new on self", "0:there A7 B7 new there ");
+        row("new", kOn, 1, "SubscribeKey new on self", before);
+        row("there", kOff, 0, "SubscribeKey there off self", "0:there A7 B7 ");
+        row("there", kOff, 1, "SubscribeKey there off self", before);
     }
 
-    void Forwarding()
+    void Subscriptions()
     {
-        QFETCH(const Call, call);
+        QFETCH(const std::string, what);
+        QFETCH(const bool, on);
         QFETCH(const int, result);
-        QFETCH(const std::string, heard);
-        QFETCH(const std::string, remembered);
         Stage stage;
         Codes there{{0, "there"}};
         stage.pair->SubscribeCodes(there, kOn);
-        stage.pair->SubscribeTopicA(7, kOn);
-        stage.pair->SubscribeTopicB(1, 2, 7, kOn);
-        stage.pair->SubscribeKey("there", kOn);
-        stage.trades.m_strings["account"] = std::make_shared<std::string>("1234");
+        for (const char* const known : {"A7", "B7", "there"}) {
+            Subscribe(*stage.pair, known, kOn);
+        }
         const std::size_t quoteCalls = stage.quotes.Calls().size();
-        stage.quotes.m_result = result;
-        stage.trades.m_result = result;
-
-        QCOMPARE(call(*stage.pair), result);
+        stage.quotes.m_result = stage.trades.m_result = result;
+        QCOMPARE(Subscribe(*stage.pair, what, on), result);
         const bool quoteHeard = stage.quotes.Calls().size() > quoteCalls;
-        const Calls calls = quoteHeard ? stage.quotes.Calls() : stage.trades.Calls();
-        QCOMPARE(calls.back(), heard);
-        QCOMPARE(KeysOf(*stage.pair), remembered);
+        QTEST((quoteHeard ? stage.quotes.Calls() : stage.trades.Calls()).back(), "heard");
+        QTEST(KeysOf(*stage.pair), "remembered");
 
-        // The same call without a provider, on an object that nobody shares and which thus can't pass itself
-        // on.
+        // The same without a provider, on an object that nobody shares and which thus can't pass itself on.
         PairOfObservers bare;
-        QCOMPARE(call(bare), -1);
+        QCOMPARE(Subscribe(bare, what, on), -1);
         QCOMPARE(KeysOf(bare), std::string());
-        QCOMPARE(bare.QuoteObserver::SetProvider(nullptr), -1);
-        QCOMPARE(bare.TradeObserver::SetProvider(nullptr), -1);
     }
 
-    void ARefusalTakesTheUnknownOutOfTheCallersSequence_data()
+    // With providers whose result is -4, and without any.
+    void QuestionsAndAnswersAreHandedOn()
     {
-        QTest::addColumn<int>("result");
-        QTest::addColumn<int>("left");
-        QTest::newRow("refused") << -1 << 1;
-        QTest::newRow("done") << 0 << 2;
-        QTest::newRow("positive") << 1 << 2;
+        Stage stage;
+        PairOfObservers bare;
+        stage.quotes.m_result = stage.trades.m_result = -4;
+        const auto map = std::make_shared<StringMap>();
+        const auto request = std::make_shared<ddsdk::TradeRequestParam>();
+        request->head["type"] = "1025";
+        stage.trades.m_strings["account"] = std::make_shared<std::string>("1234");
+        for (PairOfObservers* const pair : {stage.pair.get(), &bare}) {
+            const bool isBare = pair == &bare;
+            const int result = isBare ? -1 : -4;
+            StringMap stock{{"stockcode", "600000"}};
+            std::shared_ptr<StringMap> fields;
+            Codes stocks{{0, "600000"}};
+            std::vector<std::vector<std::string>> rows;
+            std::shared_ptr<std::string> text;
+            QCOMPARE(pair->ForwardQuoteCall(1, 2), result);
+            QCOMPARE(pair->QueryQuoteFields(4, stock, fields), result);
+            QVERIFY(isBare ? !fields : fields->at("price_decimal") == "3");
+            QCOMPARE(pair->ListCodeMatches(stocks, rows), result);
+            QCOMPARE(rows.size(), std::size_t{isBare ? 0U : 1U});
+            QCOMPARE(stocks.size(), std::size_t{1});  // refused or not
+            QCOMPARE(pair->SendTradeRequest(request), result);
+            QCOMPARE(pair->GetString("account", text), result);
+            QVERIFY(isBare ? !text : *text == "1234");
+            QCOMPARE(pair->SetStringMap("zijin", map), result);
+            QCOMPARE(pair->GetStringMap("zijin"), isBare ? nullptr : map);
+            QVERIFY(!pair->GetStringMap("other") && !pair->GetTable("account_table"));
+        }
+        QCOMPARE(bare.QuoteObserver::SetProvider(nullptr), -1);
+        QCOMPARE(bare.TradeObserver::SetProvider(nullptr), -1);
+        QCOMPARE(stage.quotes.Calls(), (Calls{"Attach 1 self", "AgreedQuoteCall 1 2",
+                                              "QueryQuoteFields 4 600000", "ListCodeMatches 0:600000"}));
+        QCOMPARE(stage.trades.Calls(), (Calls{"Attach 1 self", "SendTradeRequest 1025 self",
+                                              "GetString account", "SetStringMap zijin", "GetStringMap zijin",
+                                              "GetStringMap other", "GetTable account_table"}));
     }
 
     void ARefusalTakesTheUnknownOutOfTheCallersSequence()
     {
-        QFETCH(const int, result);
-        QFETCH(const int, left);
-        Stage stage;
-        stage.quotes.m_result = result;
-        Codes subscribed = TwoStocks();
-        Codes resolved = TwoStocks();
-        QCOMPARE(stage.pair->SubscribeCodes(subscribed, kOn), result);
-        QCOMPARE(stage.pair->ResolveCodeMarkets(resolved), result);
-        for (const Codes& codes : {subscribed, resolved}) {
-            QCOMPARE(codes.size(), static_cast<std::size_t>(left));
-            QCOMPARE(codes.front().code, std::string("600000"));
+        for (const int result : {-1, 0, 1}) {
+            Stage stage;
+            stage.quotes.m_result = result;
+            Codes subscribed = TwoStocks();
+            Codes resolved = TwoStocks();
+            QCOMPARE(stage.pair->SubscribeCodes(subscribed, kOn), result);
+            QCOMPARE(stage.pair->ResolveCodeMarkets(resolved), result);
+            for (const Codes& codes : {subscribed, resolved}) {
+                QCOMPARE(codes.size(), std::size_t{result < 0 ? 1U : 2U});
+                QCOMPARE(codes.front().code, std::string("600000"));
+            }
         }
     }
 
     void TheEndOfSubscriptionsComesInOrderAndOnce()
     {
         Stage stage;
-        for (const char* const name : {"b", "a", "c"}) {
-            stage.pair->SubscribeKey(name, kOn);
-        }
-        for (const std::uint32_t topic : {9U, 10U, 2U}) {
-            stage.pair->SubscribeTopicA(topic, kOn);
+        for (const char* const what : {"b", "a", "c", "A9", "A10", "A2"}) {
+            Subscribe(*stage.pair, what, kOn);
         }
         stage.trades.m_result = -1;  // even if the provider refuses
         stage.quotes.m_result = -1;
@@ -325,25 +251,23 @@ private Q_SLOTS:
     void ProvidersMayCallBackFromInsideACall()
     {
         Stage stage;
-        stage.pair->SubscribeKey("key", kOn);
-        stage.pair->SubscribeTopicA(1, kOn);
-        const auto lookFromOutside = [&] {
-            std::thread([&] {
-                KeysOf(*stage.pair);
-                stage.pair->SubscribeKey("inside", kOn);
-            }).join();
-        };
-        Codes codes = TwoStocks();
-        const std::vector<std::function<void()>> calls{[&] { stage.pair->SubscribeCodes(codes, kOn); },
-                                                       [&] { stage.pair->SubscribeTopicA(2, kOn); },
-                                                       [&] { stage.pair->SubscribeTopicB(1, 1, 2, kOn); },
-                                                       [&] { stage.pair->SubscribeKey("key", kOff); },
-                                                       [&] { stage.pair->UnsubscribeTopicsA(); },
-                                                       [&] { stage.pair->UnsubscribeAll(); }};
-        for (const auto& call : calls) {
-            stage.quotes.m_inside = stage.trades.m_inside = lookFromOutside;
+        Subscribe(*stage.pair, "key", kOn);
+        Subscribe(*stage.pair, "A1", kOn);
+        const auto answerFromOutside = [&](const auto& call) {
+            stage.quotes.m_inside = stage.trades.m_inside = [&] {
+                std::thread([&] {
+                    KeysOf(*stage.pair);
+                    stage.pair->SubscribeKey("inside", kOn);
+                }).join();
+            };
             call();
+        };
+        for (const char* const what : {"codes", "A2", "B2"}) {
+            answerFromOutside([&] { Subscribe(*stage.pair, what, kOn); });
         }
+        answerFromOutside([&] { Subscribe(*stage.pair, "key", kOff); });
+        answerFromOutside([&] { stage.pair->UnsubscribeTopicsA(); });
+        answerFromOutside([&] { stage.pair->UnsubscribeAll(); });
         QCOMPARE(stage.pair->SubscribedKeys(), (std::set<std::string>{"inside"}));
     }
 

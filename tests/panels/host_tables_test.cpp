@@ -50,9 +50,7 @@ public:
     int SetStringMap(const std::string& name, std::shared_ptr<StringMap> map) override
     {
         FakeAccount::SetStringMap(name, map);
-        for (const auto& follower : FollowersOf(name)) {
-            follower->OnDataPush(name, map);
-        }
+        Tell(name, [&](TradeObserver& follower) { follower.OnDataPush(name, map); });
         return 0;
     }
     std::shared_ptr<HostTable> GetTable(const std::string& name) override
@@ -65,9 +63,9 @@ public:
     {
         const std::string name = table->Name();
         m_tables[name] = table;
-        for (const auto& follower : FollowersOf(name)) {
-            std::thread([&] { follower->OnTableChanged(name, table); }).join();
-        }
+        std::thread([&] {
+            Tell(name, [&](TradeObserver& follower) { follower.OnTableChanged(name, table); });
+        }).join();
     }
     std::size_t Followers()
     {
@@ -80,10 +78,15 @@ public:
     std::map<std::string, std::shared_ptr<HostTable>> m_tables;
 
 private:
-    std::vector<std::shared_ptr<TradeObserver>> FollowersOf(const std::string& name)
+    template <class News>
+    void Tell(const std::string& name, News news)
     {
-        const std::lock_guard guard(m_followLock);
-        return m_followers[name];
+        std::unique_lock guard(m_followLock);
+        const auto followers = m_followers[name];
+        guard.unlock();
+        for (const auto& follower : followers) {
+            news(*follower);
+        }
     }
 
     std::mutex m_followLock;
@@ -107,7 +110,7 @@ std::shared_ptr<HostTable> ThreeOrders(const std::string& name = "chedan_table")
 class PanelStage
 {
 public:
-    explicit PanelStage(TablesSpec spec, const char* initData = "{}")
+    explicit PanelStage(TablesSpec spec = OrdersSpec(), const char* initData = "{}")
     {
         QDir::setCurrent(m_directory.path());
         InstanceInfo info;
@@ -140,28 +143,34 @@ public:
     TablesWidget& Widget() const { return *static_cast<TablesWidget*>(m_module->GetWidget()); }
     HostTableView& View(int page = 0, bool margin = false) const { return *Widget().View(page, margin); }
 
+    int ColumnOf(const char* title, int page = 0, bool margin = false) const
+    {
+        const QAbstractItemModel& model = *View(page, margin).model();
+        int column = model.columnCount() - 1;
+        while (column >= 0 &&
+               model.headerData(column, Qt::Horizontal).toString() != QString::fromUtf8(title)) {
+            --column;
+        }
+        return column;
+    }
     // The contracts in the order shown.
     QString Shown(int page = 0, bool margin = false) const
     {
         QStringList keys;
         const QAbstractItemModel& model = *View(page, margin).model();
         for (int row = 0; row < model.rowCount(); ++row) {
-            for (int column = 0; column < model.columnCount(); ++column) {
-                if (model.headerData(column, Qt::Horizontal).toString() == QStringLiteral("合同编号")) {
-                    keys.append(model.index(row, column).data().toString());
-                }
-            }
+            keys.append(model.index(row, ColumnOf("合同编号", page, margin)).data().toString());
         }
         return keys.join(QLatin1Char(' '));
     }
-    int ColumnOf(const char* title) const
+    QVariant Cell(int row, const char* title, int role = Qt::DisplayRole) const
     {
-        const QAbstractItemModel& model = *View().model();
-        int column = 0;
-        while (model.headerData(column, Qt::Horizontal).toString() != QString::fromUtf8(title)) {
-            ++column;
-        }
-        return column;
+        return View().model()->index(row, ColumnOf(title)).data(role);
+    }
+    void Select(const HostTableView& view, int row) const
+    {
+        view.selectionModel()->select(view.model()->index(row, 0),
+                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
     }
 
     QTemporaryDir m_directory;
@@ -170,29 +179,24 @@ public:
     std::unique_ptr<TablesModule> m_module;
 };
 
-// What a request wants, and from where.
-std::string Words(const ddsdk::TradeRequestParam& request)
-{
-    const auto value = [](const StringMap& map, const char* key) {
-        const auto found = map.find(key);
-        return found == map.end() ? std::string("-") : found->second;
-    };
-    return value(request.head, "type") + ' ' + value(request.local, "table_name") + ' ' +
-           value(request.body, "htbh");
-}
+// With three orders in it.
+struct OrdersStage : PanelStage {
+    OrdersStage() { Publish(ThreeOrders()); }
+};
 
+// What the requests want, and from where.
 std::string Words(const std::vector<ddsdk::TradeRequestParam>& requests)
 {
+    const auto value = [](StringMap map, const char* key) { return map.count(key) ? map[key] : "-"; };
     std::string words;
     for (const auto& request : requests) {
-        words += (words.empty() ? "" : ", ") + Words(request);
+        words += (words.empty() ? "" : ", ") + value(request.head, "type") + ' ' +
+                 value(request.local, "table_name") + ' ' + value(request.body, "htbh");
     }
     return words;
 }
 
 }  // namespace
-
-Q_DECLARE_METATYPE(std::string)
 
 class HostTablesTest : public panelry::test::Test
 {
@@ -201,13 +205,15 @@ class HostTablesTest : public panelry::test::Test
 private Q_SLOTS:
     void TablesAreAskedForAndShown()
     {
-        PanelStage stage(OrdersSpec());
+        PanelStage stage;
         QCOMPARE(Words(stage.m_account.m_requests), std::string("1539 chedan_table -"));
         QCOMPARE(stage.Widget().StatusText(), QStringLiteral("等待数据"));
         stage.Publish(ThreeOrders());
         QCOMPARE(stage.Shown(), QStringLiteral("11 12 13"));
-        const QAbstractItemModel& model = *stage.View().model();
-        QCOMPARE(model.index(0, stage.ColumnOf("证券名称")).data().toString(), QStringLiteral("浦发银行"));
+        QCOMPARE(stage.Cell(0, "证券名称").toString(), QStringLiteral("浦发银行"));
+        QCOMPARE(stage.Cell(0, "操作", Qt::ForegroundRole).value<QColor>(), TableColors().rise);
+        QCOMPARE(stage.Cell(1, "操作", Qt::ForegroundRole).value<QColor>(), TableColors().fall);
+        QVERIFY(!stage.Cell(1, "委托价格", Qt::ForegroundRole).isValid());
         QCOMPARE(stage.Widget().StatusText(), QStringLiteral("共 3 行"));
         // What the host didn't send isn't shown; another account has tables of its own.
         QVERIFY(stage.View().isColumnHidden(stage.ColumnOf("委托时间")));
@@ -227,119 +233,71 @@ private Q_SLOTS:
 
     void WhatTheHostHasAlreadyIsShownAtOnce()
     {
-        PanelStage stage(OrdersSpec());
-        stage.m_account.Publish(ThreeOrders("weituo_table"));
-        PanelStage second(OrdersSpec());
-        second.m_account.m_tables = stage.m_account.m_tables;
-        second.m_module->SetProviders(nullptr, static_cast<TradeProvider*>(&second.m_account));
-        second.Start(R"({"page":"1"})");
-        QCOMPARE(second.Shown(1), QStringLiteral("11 12 13"));
-    }
-
-    void ColoursFollowTheDirection()
-    {
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
-        const QAbstractItemModel& model = *stage.View().model();
-        const int operation = stage.ColumnOf("操作");
-        const TableColors colors;
-        QCOMPARE(model.index(0, operation).data(Qt::ForegroundRole).value<QColor>(), colors.rise);
-        QCOMPARE(model.index(1, operation).data(Qt::ForegroundRole).value<QColor>(), colors.fall);
-        QVERIFY(!model.index(1, operation + 1).data(Qt::ForegroundRole).isValid());
-    }
-
-    void RowsAreSortedByWhatTheyMean_data()
-    {
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("rising");
-        QTest::newRow("numbers") << QStringLiteral("委托价格") << QStringLiteral("11 12 13");
-        QTest::newRow("quantities") << QStringLiteral("委托数量") << QStringLiteral("11 13 12");
-        QTest::newRow("texts") << QStringLiteral("证券代码") << QStringLiteral("12 11 13");
+        PanelStage stage;
+        stage.m_account.m_tables["weituo_table"] = ThreeOrders("weituo_table");
+        stage.m_module->SetProviders(nullptr, static_cast<TradeProvider*>(&stage.m_account));
+        stage.Start(R"({"page":"1"})");
+        QCOMPARE(stage.Shown(1), QStringLiteral("11 12 13"));
     }
 
     void RowsAreSortedByWhatTheyMean()
     {
-        QFETCH(const QString, title);
-        QFETCH(const QString, rising);
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
-        stage.View().sortByColumn(stage.ColumnOf(title.toUtf8().constData()), Qt::AscendingOrder);
-        QCOMPARE(stage.Shown(), rising);
-        stage.Publish(ThreeOrders());  // news keep the order
-        QCOMPARE(stage.Shown(), rising);
-    }
-
-    void AFilterLooksIntoEveryColumn_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("code") << QStringLiteral("6005") << QStringLiteral("13");
-        QTest::newRow("name") << QStringLiteral("浦发") << QStringLiteral("11");
-        QTest::newRow("either case") << QStringLiteral("C") << QStringLiteral("13");
-        QTest::newRow("no pattern") << QStringLiteral(".") << QStringLiteral("11 12 13");
-        QTest::newRow("nothing") << QStringLiteral("zz") << QString();
+        OrdersStage stage;
+        for (const auto& [title, rising] :
+             {std::pair("委托价格", "11 12 13"), std::pair("委托数量", "11 13 12"),
+              std::pair("证券代码", "12 11 13")}) {
+            stage.View().sortByColumn(stage.ColumnOf(title), Qt::AscendingOrder);
+            QCOMPARE(stage.Shown(), QLatin1String(rising));
+            stage.Publish(ThreeOrders());  // news keep the order
+            QCOMPARE(stage.Shown(), QLatin1String(rising));
+        }
     }
 
     void AFilterLooksIntoEveryColumn()
     {
-        QFETCH(const QString, typed);
-        QFETCH(const QString, shown);
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
+        OrdersStage stage;
         auto* const filter = stage.Widget().findChild<QLineEdit*>(QStringLiteral("filter"));
-        filter->setText(typed);
-        QCOMPARE(stage.Shown(), shown);
-        stage.Publish(ThreeOrders());
-        QCOMPARE(stage.Shown(), shown);
-    }
-
-    void SelectedOrdersAreCancelled_data()
-    {
-        QTest::addColumn<bool>("margin");
-        QTest::addColumn<bool>("byKey");
-        QTest::addColumn<std::string>("sent");
-        QTest::newRow("Delete") << false << true << std::string("4 - 13, 4 - 12");
-        QTest::newRow("button, margin") << true << false << std::string("2314 - 13, 2314 - 12");
+        // By code, by name, in either case; a point is no pattern.
+        for (const auto& [typed, shown] :
+             {std::pair("6005", "13"), std::pair("浦发", "11"), std::pair("C", "13"),
+              std::pair(".", "11 12 13"), std::pair("zz", "")}) {
+            filter->setText(QString::fromUtf8(typed));
+            QCOMPARE(stage.Shown(), QLatin1String(shown));
+            stage.Publish(ThreeOrders());
+            QCOMPARE(stage.Shown(), QLatin1String(shown));
+        }
     }
 
     void SelectedOrdersAreCancelled()
     {
-        QFETCH(const bool, margin);
-        QFETCH(const bool, byKey);
-        QFETCH(const std::string, sent);
-        PanelStage stage(OrdersSpec());
-        stage.Widget().ShowPage(0, margin);
-        stage.Publish(ThreeOrders(margin ? "rzrq_chedan_table" : "chedan_table"));
-        HostTableView& view = stage.View(0, margin);
-        view.sortByColumn(stage.ColumnOf("委托价格"), Qt::DescendingOrder);
-        stage.m_account.m_requests.clear();
-        auto* const button = stage.Widget().findChild<QPushButton*>(QStringLiteral("cancel"));
-        QVERIFY(!button->isEnabled());
-        QTest::keyClick(&view, Qt::Key_Delete);
-        QCOMPARE(Words(stage.m_account.m_requests), std::string());
-        for (const int row : {0, 1}) {
-            view.selectionModel()->select(view.model()->index(row, 0),
-                                          QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        for (const bool margin : {false, true}) {
+            PanelStage stage;
+            stage.Widget().ShowPage(0, margin);
+            stage.Publish(ThreeOrders(margin ? "rzrq_chedan_table" : "chedan_table"));
+            HostTableView& view = stage.View(0, margin);
+            view.sortByColumn(stage.ColumnOf("委托价格"), Qt::DescendingOrder);
+            stage.m_account.m_requests.clear();
+            auto* const button = stage.Widget().findChild<QPushButton*>(QStringLiteral("cancel"));
+            QVERIFY(!button->isEnabled());
+            QTest::keyClick(&view, Qt::Key_Delete);
+            QCOMPARE(Words(stage.m_account.m_requests), std::string());
+            stage.Select(view, 0);
+            stage.Select(view, 1);
+            margin ? button->click() : QTest::keyClick(&view, Qt::Key_Delete);
+            QCOMPARE(Words(stage.m_account.m_requests),
+                     std::string(margin ? "2314 - 13, 2314 - 12" : "4 - 13, 4 - 12"));
+            QVERIFY(stage.Widget().StatusText().contains(QStringLiteral("已提交撤单 2 笔")));
+            QCOMPARE(stage.Shown(0, margin), QStringLiteral("13 12 11"));  // until the host brings it anew
         }
-        byKey ? QTest::keyClick(&view, Qt::Key_Delete) : button->click();
-        QCOMPARE(Words(stage.m_account.m_requests), sent);
-        QVERIFY(stage.Widget().StatusText().contains(QStringLiteral("已提交撤单 2 笔")));
-        QCOMPARE(stage.Shown(0, margin), QStringLiteral("13 12 11"));  // until the host brings it anew
     }
 
-    void ARefusedCancelIsTold()
+    void ARefusedCancelIsToldAndWhatIsNoOpenOrderIsNotCancelled()
     {
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
+        OrdersStage stage;
         stage.View().selectRow(1);
         stage.m_account.m_result = -1;
         QTest::keyClick(&stage.View(), Qt::Key_Delete);
         QVERIFY(stage.Widget().StatusText().contains(QStringLiteral("合同 12 未能提交撤单")));
-    }
-
-    void WhatIsNoOpenOrderIsNotCancelled()
-    {
-        PanelStage stage(OrdersSpec());
         stage.Publish(ThreeOrders("weituo_table"));
         stage.Widget().ShowPage(1, false);
         stage.View(1).selectAll();
@@ -350,8 +308,7 @@ private Q_SLOTS:
 
     void NewsKeepTheSelection()
     {
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
+        OrdersStage stage;
         stage.View().selectRow(2);
         stage.Publish(
             std::make_shared<FakeTable>("chedan_table", kOrderColumns,
@@ -365,16 +322,14 @@ private Q_SLOTS:
 
     void RowsAreCopiedAsTheyAreShown()
     {
-        PanelStage stage(OrdersSpec());
-        stage.Publish(ThreeOrders());
+        OrdersStage stage;
         HostTableView& view = stage.View();
         QCOMPARE(view.SelectionAsText(), QString());
         QHeaderView& header = *view.horizontalHeader();
         header.moveSection(header.visualIndex(stage.ColumnOf("合同编号")), 0);
         view.sortByColumn(stage.ColumnOf("委托数量"), Qt::DescendingOrder);
-        view.selectRow(0);
-        view.selectionModel()->select(view.model()->index(2, 0),
-                                      QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        stage.Select(view, 0);
+        stage.Select(view, 2);
         QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(),
                  QStringLiteral("合同编号\t证券代码\t证券名称\t操作\t委托价格\t委托数量\n"
@@ -386,25 +341,22 @@ private Q_SLOTS:
     {
         QTemporaryDir directory;
         QDir::setCurrent(directory.path());
-        const auto make = [](HostTableModel& model, const char* name) {
-            return std::make_unique<HostTableView>(&model, QString::fromLatin1(name));
-        };
         HostTableModel model({{"2102"}, {"2103"}, {"2127", ColumnKind::Number}}, "2102");
         {
-            const auto view = make(model, "orders/a");
-            view->setColumnWidth(1, 222);
-            view->horizontalHeader()->moveSection(2, 0);
-            view->sortByColumn(2, Qt::DescendingOrder);
+            HostTableView view(&model, QStringLiteral("orders/a"));
+            view.setColumnWidth(1, 222);
+            view.horizontalHeader()->moveSection(2, 0);
+            view.sortByColumn(2, Qt::DescendingOrder);
         }
-        const auto again = make(model, "orders/a");
-        QCOMPARE(again->columnWidth(1), 222);
-        QCOMPARE(again->horizontalHeader()->visualIndex(2), 0);
+        const HostTableView again(&model, QStringLiteral("orders/a"));
+        QCOMPARE(again.columnWidth(1), 222);
+        QCOMPARE(again.horizontalHeader()->visualIndex(2), 0);
         model.SetTable(std::make_shared<FakeTable>("t", std::vector<std::string>{"2102", "2103", "2127"},
                                                    FakeTable::Rows{{"a", "", "2"}, {"b", "", "10"}}));
-        QCOMPARE(again->model()->index(0, 0).data().toString(), QStringLiteral("b"));
-        const auto other = make(model, "orders/b");
-        QVERIFY(other->columnWidth(1) != 222);
-        QCOMPARE(other->model()->index(0, 0).data().toString(), QStringLiteral("a"));
+        QCOMPARE(again.model()->index(0, 0).data().toString(), QStringLiteral("b"));
+        const HostTableView other(&model, QStringLiteral("orders/b"));
+        QVERIFY(other.columnWidth(1) != 222);
+        QCOMPARE(other.model()->index(0, 0).data().toString(), QStringLiteral("a"));
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -414,10 +366,8 @@ private Q_SLOTS:
         stage.Publish(std::make_shared<FakeTable>(
             "gupiao_table", std::vector<std::string>{"2102", "2103", "2147", "32009"},
             FakeTable::Rows{{"600000", kPuFa, "-1.50", "16"}, {"000001", "b", "2.00", "32"}}));
-        const QAbstractItemModel& model = *stage.View().model();
-        const int profit = stage.ColumnOf("盈亏");
-        QCOMPARE(model.index(0, profit).data(Qt::ForegroundRole).value<QColor>(), TableColors().fall);
-        QCOMPARE(model.index(1, profit).data(Qt::ForegroundRole).value<QColor>(), TableColors().rise);
+        QCOMPARE(stage.Cell(0, "盈亏", Qt::ForegroundRole).value<QColor>(), TableColors().fall);
+        QCOMPARE(stage.Cell(1, "盈亏", Qt::ForegroundRole).value<QColor>(), TableColors().rise);
         stage.View().selectRow(0);
         QTest::keyClick(&stage.View(), Qt::Key_Return);
         QCOMPARE(stage.m_manager.sent.size(), std::size_t{1});
@@ -428,7 +378,7 @@ private Q_SLOTS:
 
     void ACloneStartsWhereItsSourceStands()
     {
-        PanelStage stage(OrdersSpec());
+        PanelStage stage;
         stage.Widget().ShowPage(2, true);
         stage.Widget().findChild<QLineEdit*>(QStringLiteral("filter"))->setText(QStringLiteral("x"));
         const QVariantMap data = stage.Widget().property("module_data").toMap();

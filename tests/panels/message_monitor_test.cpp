@@ -19,10 +19,7 @@ namespace
 {
 
 struct Monitor {
-    Monitor() : module(std::make_shared<MessageMonitorModule>(InstanceInfo()))
-    {
-        module->Initialize(static_cast<int>(panelry::kMessageMonitorId), "", "", "{}");
-    }
+    Monitor() { module->Initialize(static_cast<int>(panelry::kMessageMonitorId), "", "", "{}"); }
 
     void SendNumbered(int from, int to) const
     {
@@ -37,7 +34,7 @@ struct Monitor {
     QString First() const { return View()->document()->firstBlock().text(); }
     QString Last() const { return View()->document()->lastBlock().text(); }
 
-    std::shared_ptr<MessageMonitorModule> module;
+    std::shared_ptr<MessageMonitorModule> module = std::make_shared<MessageMonitorModule>(InstanceInfo());
 };
 
 }  // namespace
@@ -47,42 +44,26 @@ class MessageMonitorTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
-    void PayloadsAreReadByTheirId_data()
-    {
-        QTest::addColumn<int>("msgId");
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("shown");
-        const QString unread = QStringLiteral("（未读取内容）");
-        QTest::newRow("init data") << 113 << QByteArray("{\n\"a\":\t1\r\n}")
-                                   << QStringLiteral("{ \"a\": 1  }");
-        QTest::newRow("push data") << 114 << QByteArray("甲") << QStringLiteral("甲");
-        QTest::newRow("no cmd") << -1 << QByteArray("x") << QStringLiteral("x");
-        QTest::newRow("least id") << std::numeric_limits<int>::min() << QByteArray("x")
-                                  << QStringLiteral("x");
-        for (const int text : {100, 101, 103, 118, 124, 199, 208, 500, 8'999, 9'000, 999'999}) {
-            QTest::addRow("a host's %d", text) << text << QByteArray("x") << QStringLiteral("x");
-        }
-        for (const int record : {119, 123, 200, 207, 1'000'000, std::numeric_limits<int>::max()}) {
-            QTest::addRow("not a text under %d", record) << record << QByteArray("x") << unread;
-        }
-        QTest::newRow("null") << 114 << QByteArray() << QStringLiteral("（无内容）");
-        QTest::newRow("null of a module") << 1'000'000 << QByteArray() << unread;
-        QTest::newRow("too long") << 1 << QByteArray(9'000, 'x')
-                                  << QString(4'000, QLatin1Char('x')) +
-                                         QStringLiteral(" …（已截短，共 9000 字节）");
-    }
     void PayloadsAreReadByTheirId()
     {
-        QFETCH(int, msgId);
-        QFETCH(QByteArray, text);
-        QTEST(panelry::PayloadText(msgId, text.isNull() ? nullptr : text.constData()), "shown");
-    }
-
-    void AStockIsShownByItsPairs()
-    {
+        using panelry::PayloadText;
+        const QString unread = QStringLiteral("（未读取内容）");
+        const QString none = QStringLiteral("（无内容）");
+        constexpr int kLeast = std::numeric_limits<int>::min();
+        for (const int text : {kLeast, -1, 100, 101, 103, 118, 124, 199, 208, 500, 8'999, 9'000, 999'999}) {
+            QCOMPARE(PayloadText(text, "甲"), QStringLiteral("甲"));
+        }
+        for (const int record : {119, 123, 200, 207, 1'000'000, std::numeric_limits<int>::max()}) {
+            QCOMPARE(PayloadText(record, "x"), unread);
+        }
+        QCOMPARE(PayloadText(113, "{\n\"a\":\t1\r\n}"), QStringLiteral("{ \"a\": 1  }"));
+        QCOMPARE(PayloadText(114, nullptr), none);
+        QCOMPARE(PayloadText(1'000'000, nullptr), unread);
+        QCOMPARE(PayloadText(1, QByteArray(9'000, 'x').constData()),
+                 QString(4'000, QLatin1Char('x')) + QStringLiteral(" …（已截短，共 9000 字节）"));
         const StringMap stock{{"stockcode", "600519"}, {"market", "16"}};
-        QCOMPARE(panelry::PayloadText(102, &stock), QStringLiteral("market=16  stockcode=600519"));
-        QCOMPARE(panelry::PayloadText(102, nullptr), QStringLiteral("（无内容）"));
+        QCOMPARE(PayloadText(102, &stock), QStringLiteral("market=16  stockcode=600519"));
+        QCOMPARE(PayloadText(102, nullptr), none);
     }
 
     void EveryMessageBecomesALineInOrder()
@@ -94,18 +75,11 @@ private Q_SLOTS:
         QTRY_COMPARE(monitor.View()->Lines(), 2);
         QVERIFY(monitor.First().endsWith(QStringLiteral("    113  %1 %2 <b>")));
         QVERIFY(monitor.Last().endsWith(QStringLiteral("   9003  second")));
-        QCOMPARE(QTime::fromString(monitor.First().left(12), QStringLiteral("HH:mm:ss.zzz")).isValid(), true);
-    }
-
-    void OnlyTheNewestAreKept()
-    {
-        const Monitor monitor;
-        monitor.SendNumbered(0, 20);
-        QTRY_COMPARE(monitor.View()->Lines(), 20);
-        monitor.SendNumbered(20, 5'005);  // faster than they are shown
-        QTRY_COMPARE(monitor.View()->Lines(), MessageMonitorWidget::kMostLines);
+        QVERIFY(QTime::fromString(monitor.First().left(12), QStringLiteral("HH:mm:ss.zzz")).isValid());
+        monitor.SendNumbered(0, 5'005);  // faster than they are shown; only the newest are kept
+        QTRY_VERIFY(monitor.Last().endsWith(QStringLiteral("number 5004")));
+        QCOMPARE(monitor.View()->Lines(), MessageMonitorWidget::kMostLines);
         QVERIFY(monitor.First().endsWith(QStringLiteral("number 5")));
-        QVERIFY(monitor.Last().endsWith(QStringLiteral("number 5004")));
     }
 
     void PausedMessagesComeLater()
@@ -143,28 +117,12 @@ private Q_SLOTS:
         monitor.SendNumbered(5'000, 5'030);
         QTRY_VERIFY(monitor.Last().endsWith(QStringLiteral("number 5029")));
         QCOMPARE(firstInView(), reading);
-
         QVERIFY(monitor.Status().contains(QStringLiteral("已停止滚动")));
-
         QTest::keyClick(monitor.View(), Qt::Key_End);
         QVERIFY(monitor.View()->IsFollowing());
         monitor.SendNumbered(5'030, 5'031);
         QTRY_VERIFY(monitor.Last().endsWith(QStringLiteral("number 5030")));
         QVERIFY(monitor.View()->IsFollowing());
-    }
-
-    void CopyTakesTheSelectionOrAll()
-    {
-        const Monitor monitor;
-        Send(*monitor.module, 1, "one");
-        Send(*monitor.module, 1, "two");
-        QTRY_COMPARE(monitor.View()->Lines(), 2);
-        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
-        const QStringList lines = QGuiApplication::clipboard()->text().split(QLatin1Char('\n'));
-        QCOMPARE(lines, (QStringList{monitor.First(), monitor.Last()}));
-        monitor.View()->find(QStringLiteral("two"), QTextDocument::FindBackward);
-        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("two"));
     }
 
     void KeysWorkTheActions()
@@ -175,6 +133,12 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(monitor.Widget()));
         monitor.SendNumbered(0, 2);
         QTRY_COMPARE(monitor.View()->Lines(), 2);
+        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), monitor.First() + QLatin1Char('\n') + monitor.Last());
+        monitor.View()->find(QStringLiteral("number"), QTextDocument::FindBackward);
+        QTest::keyClick(monitor.View(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("number"));  // the selection alone
+
         QCOMPARE(monitor.View()->lineWrapMode(), QPlainTextEdit::WidgetWidth);
         QTest::keyClick(monitor.View(), Qt::Key_W, Qt::AltModifier);
         QCOMPARE(monitor.View()->lineWrapMode(), QPlainTextEdit::NoWrap);

@@ -1,20 +1,27 @@
 #include "order_ticket/order_ticket_module.h"
 
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QTemporaryDir>
+#include <QTemporaryFile>
 
 #include "desk/demo_host.h"
 #include "panels/recording_manager.h"
 #include "support/test.h"
+#include "support/text_rows.h"
 
 using namespace panelry;
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 namespace
 {
+
+QString Text(const char* column)
+{
+    return QString::fromUtf8(Given(column));
+}
 
 // The panel in front of the desk's market; prices stand as in its file until somebody moves them.
 class TicketStage
@@ -60,41 +67,27 @@ class OrderTicketTest : public panelry::test::Test
 private Q_SLOTS:
     void ACodeFillsTheTicket_data()
     {
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("price");
-        QTest::addColumn<QString>("steps");
-        QTest::addColumn<QString>("usable");
-        const auto row = [](const char* name, const char* code, const QString& status, const char* price,
-                            const QString& steps, const QString& usable) {
-            QTest::newRow(name) << QString::fromLatin1(code) << status << QString::fromLatin1(price) << steps
-                                << usable;
-        };
-        row("main board of Shanghai", "600000", QStringLiteral("上海 600000 演示银行"), "10.03",
-            QStringLiteral("价格 0.01　数量 100"), QStringLiteral("可卖 12500 股"));
-        row("STAR", "688981", QStringLiteral("上海 688981 演示芯片"), "51.21",
-            QStringLiteral("价格 0.01　数量 1"), QStringLiteral("可卖 150 股"));
-        row("ChiNext", "300750", QStringLiteral("深圳 300750 演示电池"), "218.61",
-            QStringLiteral("价格 0.01　数量 100"), QStringLiteral("可卖 500 股"));
-        row("fund", "510300", QStringLiteral("上海 510300 演示指数基金"), "3.953",
-            QStringLiteral("价格 0.001　数量 100"), QStringLiteral("可卖 20000 股"));
-        row("bond", "019666", QStringLiteral("上海 019666 演示国债"), "101.236",
-            QStringLiteral("价格 0.001　数量 100"), QStringLiteral("可卖 120 张"));
+        TextRows(
+            "code status price steps usable",
+            {{"main board of Shanghai", "600000", "上海 600000 演示银行", "10.03", "价格 0.01　数量 100",
+              "可卖 12500 股"},
+             {"STAR", "688981", "上海 688981 演示芯片", "51.21", "价格 0.01　数量 1", "可卖 150 股"},
+             {"ChiNext", "300750", "深圳 300750 演示电池", "218.61", "价格 0.01　数量 100", "可卖 500 股"},
+             {"fund", "510300", "上海 510300 演示指数基金", "3.953", "价格 0.001　数量 100", "可卖 20000 股"},
+             {"bond", "019666", "上海 019666 演示国债", "101.236", "价格 0.001　数量 100", "可卖 120 张"}});
     }
 
     void ACodeFillsTheTicket()
     {
-        QFETCH(const QString, code);
         TicketStage stage;
-        stage.TypeCode(code);
-        QTEST(stage.Widget().StatusText(), "status");
-        QTEST(stage.Widget().Price(), "price");
-        QTEST(stage.Label("steps"), "steps");
+        stage.TypeCode(Text("code"));
+        QCOMPARE(stage.Widget().StatusText(), Text("status"));
+        QCOMPARE(stage.Widget().Price(), Text("price"));
+        QCOMPARE(stage.Label("steps"), Text("steps"));
         QTRY_COMPARE(stage.m_manager.sent.size(), std::size_t{1});
-        QCOMPARE(stage.m_manager.sent[0].stock.at("stockcode"), code.toStdString());
+        QCOMPARE(stage.m_manager.sent[0].stock.at("stockcode"), Given("code").toStdString());
         QTest::keyClick(&stage.Widget(), Qt::Key_F3);
-        QFETCH(const QString, usable);
-        QTRY_COMPARE(stage.Label("usable"), usable);
+        QTRY_COMPARE(stage.Label("usable"), Text("usable"));
         QCOMPARE(stage.m_manager.sent.size(), std::size_t{1});  // the other panels follow it already
     }
 
@@ -110,17 +103,11 @@ private Q_SLOTS:
         QTRY_COMPARE(stage.Widget().StatusText(), QStringLiteral("深圳 000001 演示平安"));
     }
 
-    void AnUnknownCodeIsTold()
+    void OnlyWhatIsTypedAndKnownIsToldTheOtherPanels()
     {
         TicketStage stage;
         stage.Type("code", QStringLiteral("999999"));
         QTRY_VERIFY(stage.Widget().StatusText().contains(QStringLiteral("没有找到代码 999999")));
-        QVERIFY(stage.m_manager.sent.empty());
-    }
-
-    void AnotherPanelsStockIsOpened()
-    {
-        TicketStage stage;
         StringMap stock{{"stockcode", "000001"}, {"market", "17"}, {"stockname", ""}};
         stage.m_module->OnMessage(kStockSelected, &stock);
         QTRY_COMPARE(stage.Widget().StatusText(), QStringLiteral("上海 000001 演示综合指数"));
@@ -143,36 +130,24 @@ private Q_SLOTS:
 
     void AnOrderIsChecked_data()
     {
-        QTest::addColumn<QString>("code");
-        QTest::addColumn<QString>("price");
-        QTest::addColumn<QString>("amount");
-        QTest::addColumn<QString>("notice");
-        QTest::addColumn<bool>("canGoOn");
-        const auto row = [](const char* name, const char* code, const char* price, const char* amount,
-                            const QString& notice, bool canGoOn) {
-            QTest::newRow(name) << QString::fromLatin1(code) << QString::fromLatin1(price)
-                                << QString::fromLatin1(amount) << notice << canGoOn;
-        };
-        row("without an amount", "600000", "10.00", "", QStringLiteral("请输入正确的委托数量！"), false);
-        row("too few of STAR", "688981", "51.00", "100", QStringLiteral("必须大于等于200股"), false);
-        row("with a protected limit", "600000", "10.00", "100", QStringLiteral("买入价格上限"), true);
-        row("beyond the limits", "600000", "20.00", "100", QStringLiteral("已超出涨跌停限制：[9.02 - 11.02]"),
-            true);
+        TextRows(
+            "code price amount notice canGoOn",
+            {{"without an amount", "600000", "10.00", "", "请输入正确的委托数量！", ""},
+             {"too few of STAR", "688981", "51.00", "100", "必须大于等于200股", ""},
+             {"with a protected limit", "600000", "10.00", "100", "买入价格上限", "yes"},
+             {"beyond the limits", "600000", "20.00", "100", "已超出涨跌停限制：[9.02 - 11.02]", "yes"}});
     }
 
     void AnOrderIsChecked()
     {
-        QFETCH(const QString, code);
-        QFETCH(const QString, price);
-        QFETCH(const QString, amount);
-        QFETCH(const QString, notice);
-        QFETCH(const bool, canGoOn);
+        const bool canGoOn = !Given("canGoOn").isEmpty();
         TicketStage stage;
-        stage.TypeCode(code);
-        stage.Type("price", price);
-        stage.Type("amount", amount);
+        stage.TypeCode(Text("code"));
+        stage.Type("price", Text("price"));
+        stage.Type("amount", Text("amount"));
         QTest::keyClick(&stage.Field("amount"), Qt::Key_Return);
-        QVERIFY2(stage.Widget().NoticeText().contains(notice), qPrintable(stage.Widget().NoticeText()));
+        QVERIFY2(stage.Widget().NoticeText().contains(Text("notice")),
+                 qPrintable(stage.Widget().NoticeText()));
         QCOMPARE(!stage.Widget().findChild<QPushButton*>(QStringLiteral("confirm"))->isHidden(), canGoOn);
         const QString passed = QStringLiteral("已通过检查");
         QVERIFY(!stage.Widget().StatusText().contains(passed));
@@ -219,18 +194,17 @@ private Q_SLOTS:
 
     void AFileThatIsNoMarketIsNamed()
     {
-        QTemporaryDir directory;
-        const std::string name = directory.filePath(QStringLiteral("m.json")).toStdString();
+        QTemporaryFile file;
+        QVERIFY(file.open());
         for (const char* text : {"", "{}", R"({"accounts":[],"securities":[{"code":"1"}]})"}) {
-            QFile file(QString::fromStdString(name));
-            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.resize(0) && file.seek(0));
             file.write(text);
-            file.close();
+            QVERIFY(file.flush());
             try {
-                desk::ReadDemoMarket(name);
+                desk::ReadDemoMarket(file.fileName().toStdString());
                 QFAIL("was read");
             } catch (const std::runtime_error& error) {
-                QVERIFY(std::string(error.what()).find(name) == 0);
+                QVERIFY(QString::fromUtf8(error.what()).startsWith(file.fileName()));
             }
         }
     }

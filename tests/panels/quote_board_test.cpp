@@ -39,6 +39,12 @@ struct Board {
         Send(*module, panelry::kPushData, text.constData());
     }
 
+    void Select(const char* code) const
+    {
+        StringMap stock{{"stockcode", code}};
+        module->OnMessage(panelry::kStockSelected, &stock);
+    }
+
     QuoteBoardWidget* Widget() const { return static_cast<QuoteBoardWidget*>(module->GetWidget()); }
     panelry::QuoteListView* List() const { return Widget()->findChild<panelry::QuoteListView*>(); }
     QString Current() const { return Widget()->Current() ? Widget()->Current()->code : QString(); }
@@ -80,15 +86,17 @@ private Q_SLOTS:
         Board board;
         board.Push(ThreeStocks());
         const QVariantMap before = board.Widget()->ModuleData();
+        const auto told = [&board](const char* text) {
+            return board.Widget()->StatusText().contains(QString::fromUtf8(text));
+        };
         board.Push(R"({"notice":"to all panels"})", false);
-        QVERIFY(!board.Widget()->StatusText().contains(QStringLiteral("quotes")));
+        QVERIFY(!told("quotes"));
         board.Push(R"({"notice":"to this one"})");
-        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("quotes")));
+        QVERIFY(told("quotes"));
         board.Push(R"({"quotes":[{"code":"600519","last":"%2"},{"code":"000001","last":"?"}]})");
-        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("600519 最新价“%2”")));
-        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("另有 1 处")));
+        QVERIFY(told("600519 最新价“%2”") && told("另有 1 处"));
         Send(*board.module, panelry::kPushData, nullptr);
-        QVERIFY(board.Widget()->StatusText().contains(QStringLiteral("JSON")));
+        QVERIFY(told("JSON"));
         QCOMPARE(board.Widget()->ModuleData(), before);
     }
 
@@ -100,18 +108,14 @@ private Q_SLOTS:
         QVERIFY(Show(board.Widget()));
         panelry::QuoteListView* const list = board.List();
         QCOMPARE(board.Widget()->focusWidget(), list);  // ready for keys as soon as it is shown
-        const auto click = [list](int row, int column) {
-            const QModelIndex cell = list->model()->index(row, column);
+        // At the end already there is no lower one, and to the right no other stock.
+        for (const Qt::Key key : {Qt::Key_End, Qt::Key_Down, Qt::Key_Right, Qt::Key_Up, Qt::Key_Home}) {
+            QTest::keyClick(list, key);
+        }
+        for (const int column : {3, 1}) {
             QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier,
-                              list->visualRect(cell).center());
-        };
-        QTest::keyClick(list, Qt::Key_End);
-        QTest::keyClick(list, Qt::Key_Down);   // at the end already
-        QTest::keyClick(list, Qt::Key_Right);  // no other stock
-        QTest::keyClick(list, Qt::Key_Up);
-        QTest::keyClick(list, Qt::Key_Home);
-        click(2, 3);
-        click(2, 1);
+                              list->visualRect(list->model()->index(2, column)).center());
+        }
         QTest::keyClicks(list, QStringLiteral("51"));
 
         QStringList told;
@@ -120,29 +124,25 @@ private Q_SLOTS:
             QCOMPARE(sent.sender, board.module.get());
             QCOMPARE(sent.target, panelry::kAlongLink);
             QCOMPARE(sent.stock.size(), std::size_t(3));
-            told += QString::fromStdString(sent.stock.at("stockcode") + '/' + sent.stock.at("market") + '/' +
+            told += QString::fromStdString(sent.stock.at("stockcode") + sent.stock.at("market") +
                                            sent.stock.at("stockname"));
         }
-        const QString first = QStringLiteral("600519/16/甲股份");
-        const QString second = QStringLiteral("510300/16/乙基金");
-        const QString third = QStringLiteral("000001/32/丙银行");
-        QCOMPARE(told, (QStringList{third, second, first, third, second}));
+        const QString third = QStringLiteral("00000132丙银行");
+        const QString second = QStringLiteral("51030016乙基金");
+        QCOMPARE(told, (QStringList{third, second, QStringLiteral("60051916甲股份"), third, second}));
         QCOMPARE(board.Current(), QStringLiteral("510300"));
     }
 
     void AStockFromOutsideIsSelectedInSilence()
     {
         Board board;
-        StringMap later{{"stockcode", "000001"}};
-        board.module->OnMessage(panelry::kStockSelected, &later);  // before its quote
+        board.Select("000001");  // before its quote
         board.Push(ThreeStocks());
         QCOMPARE(board.Current(), QStringLiteral("000001"));
-        StringMap known{{"stockcode", "510300"}};
-        board.module->OnMessage(panelry::kStockSelected, &known);
+        board.Select("510300");
         QCOMPARE(board.Current(), QStringLiteral("510300"));
         board.module->OnMessage(panelry::kStockSelected, nullptr);
-        StringMap strange{{"stockcode", "300750"}};
-        board.module->OnMessage(panelry::kStockSelected, &strange);
+        board.Select("300750");  // which it doesn't know
         QCOMPARE(board.Current(), QStringLiteral("510300"));
         QVERIFY(board.manager.sent.empty());
 
@@ -156,9 +156,7 @@ private Q_SLOTS:
         Board source;
         QVERIFY(source.Widget()->property(panelry::kSupportClone).toBool());
         source.Push(ThreeStocks());
-        StringMap stock{{"stockcode", "510300"}};
-        source.module->OnMessage(panelry::kStockSelected, &stock);
-
+        source.Select("510300");
         const std::string creation = panelry::CreationText(panelry::CreationMessage(), source.Widget());
         const Board clone(creation.c_str());
         QVERIFY(clone.Widget()->Book().Quotes() == source.Widget()->Book().Quotes());
@@ -202,33 +200,23 @@ private Q_SLOTS:
                  qPrintable(QStringLiteral("%1 x %2").arg(value.width()).arg(value.height())));
     }
 
-    void RiseAndFallReachThePicture_data()
-    {
-        QTest::addColumn<QString>("last");
-        QTest::addColumn<QColor>("seen");
-        const panelry::QuoteColors colors;
-        QTest::newRow("rise") << QStringLiteral("10.10") << colors.rise;
-        QTest::newRow("fall") << QStringLiteral("9.90") << colors.fall;
-        QTest::newRow("unchanged") << QStringLiteral("10.00") << colors.flat;
-    }
     void RiseAndFallReachThePicture()
     {
-        QFETCH(QString, last);
-        QFETCH(QColor, seen);
-        Board board;
-        board.Push(QStringLiteral(R"({"quotes":[{"code":"1","prev_close":"10.00","last":"%1"}]})")
-                       .arg(last)
-                       .toUtf8());
-        const QImage picture = board.Widget()->grab().toImage();
         const panelry::QuoteColors colors;
-        for (const QColor& color : {colors.rise, colors.fall, colors.flat}) {
-            bool found = false;
-            for (int y = 0; y < picture.height() && !found; ++y) {
-                for (int x = 0; x < picture.width() && !found; ++x) {
-                    found = picture.pixelColor(x, y) == color;
-                }
+        const std::vector<std::pair<const char*, QColor>> prices{
+            {"10.10", colors.rise}, {"9.90", colors.fall}, {"10.00", colors.flat}};
+        for (const auto& [last, seen] : prices) {
+            Board board;
+            board.Push(QByteArray(R"({"quotes":[{"code":"1","prev_close":"10.00","last":"%1"}]})")
+                           .replace("%1", last));
+            const QImage picture = board.Widget()->grab().toImage();
+            QSet<QRgb> shown;
+            for (int place = 0; place < picture.width() * picture.height(); ++place) {
+                shown.insert(picture.pixel(place % picture.width(), place / picture.width()));
             }
-            QCOMPARE(found, color == seen);
+            for (const auto& [other, color] : prices) {
+                QVERIFY2(shown.contains(color.rgb()) == (color == seen), last);
+            }
         }
     }
 
@@ -238,8 +226,7 @@ private Q_SLOTS:
         board.Push(ThreeStocks());
         delete board.module->GetWidget();
         QCOMPARE(board.module->GetWidget(), nullptr);
-        StringMap stock{{"stockcode", "000001"}};
-        board.module->OnMessage(panelry::kStockSelected, &stock);
+        board.Select("000001");
         Send(*board.module, 9001, "");
         board.module->Initialize(1, "", "", "{}");
         Send(*board.module, panelry::kPushData, "{}");

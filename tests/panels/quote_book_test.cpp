@@ -4,9 +4,12 @@
 #include "quote_board/quote_colors.h"
 #include "quote_board/quote_face.h"
 #include "support/test.h"
+#include "support/text_rows.h"
 
 using panelry::QuoteBook;
 using panelry::Tone;
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 class QuoteBookTest : public panelry::test::Test
 {
@@ -15,49 +18,41 @@ class QuoteBookTest : public panelry::test::Test
 private Q_SLOTS:
     void BadPartsOfAPushChangeNothing_data()
     {
-        QTest::addColumn<QByteArray>("push");
-        QTest::addColumn<QString>("problem");  // a part of the first message; empty: no message
         const auto entry = [](const char* fields) {
             return Json(QByteArray("{'quotes':[{'code':'600519',") + fields + "}]}");
         };
-        const auto row = [](const char* name, const QByteArray& push, const char* problem) {
-            QTest::newRow(name) << push << QString::fromUtf8(problem);
-        };
-        row("empty", "", "JSON");
-        row("cut off", Json("{'quotes':["), "第 11 字节");
-        row("not UTF-8", "{\"quotes\":[{\"code\":\"\xff\"}]}", "JSON");
-        row("too deep", QByteArray(5000, '['), "JSON");
-        row("somebody else's", Json("{'notice':'x'}"), "");
-        row("a list", "[1]", "");
-        row("quotes no list", Json("{'quotes':{'code':'600519'}}"), "应为列表");
-        row("element no object", Json("{'quotes':[7]}"), "第 1 项：没有有效的证券代码");
-        row("code a number", Json("{'quotes':[{'code':600519}]}"), "没有有效的证券代码");
-        row("code of spaces", Json("{'quotes':[{'code':'  ','last':'1'}]}"), "没有有效的证券代码");
-        row("price no number", entry("'last':'abc'"), "600519 最新价“abc”不是有效数字");
-        row("price a JSON number", entry("'last':1710.5"), "最新价应为文本");
-        row("price null", entry("'high':null"), "最高价应为文本");
-        row("volume with a fraction", entry("'volume':'1.5'"), "成交量“1.5”");
-        row("decimals too many", entry("'decimals':7"), "小数位数");
-        row("decimals a fraction", entry("'decimals':2.5"), "小数位数");
-        row("decimals empty", entry("'decimals':''"), "小数位数");
-        row("bids no list", entry("'bids':'x'"), "买盘应为列表");
-        row("level no pair", entry("'last':'9.99','asks':[['1.00']]"), "卖盘应为[价格,数量]");
-        row("level's lots bad", entry("'bids':[['1.00','1'],['0.99','x']]"), "买盘量“x”");
-        row("name no text", entry("'name':1"), "名称");
+        // A part of the first message; empty: no message.
+        TextRows("push problem",
+                 {{"empty", "", "JSON"},
+                  {"cut off", Json("{'quotes':["), "第 11 字节"},
+                  {"not UTF-8", "{\"quotes\":[{\"code\":\"\xff\"}]}", "JSON"},
+                  {"too deep", QByteArray(5000, '['), "JSON"},
+                  {"somebody else's", Json("{'notice':'x'}"), ""},
+                  {"a list", "[1]", ""},
+                  {"quotes no list", Json("{'quotes':{'code':'600519'}}"), "应为列表"},
+                  {"element no object", Json("{'quotes':[7]}"), "第 1 项：没有有效的证券代码"},
+                  {"code a number", Json("{'quotes':[{'code':600519}]}"), "没有有效的证券代码"},
+                  {"code of spaces", Json("{'quotes':[{'code':'  ','last':'1'}]}"), "没有有效的证券代码"},
+                  {"price no number", entry("'last':'abc'"), "600519 最新价“abc”不是有效数字"},
+                  {"price a JSON number", entry("'last':1710.5"), "最新价应为文本"},
+                  {"volume with a fraction", entry("'volume':'1.5'"), "成交量“1.5”"},
+                  {"decimals too many", entry("'decimals':7"), "小数位数"},
+                  {"decimals a fraction", entry("'decimals':2.5"), "小数位数"},
+                  {"decimals empty", entry("'decimals':''"), "小数位数"},
+                  {"bids no list", entry("'bids':'x'"), "买盘应为列表"},
+                  {"level no pair", entry("'last':'9.99','asks':[['1.00']]"), "卖盘应为[价格,数量]"},
+                  {"level's lots bad", entry("'bids':[['1.00','1'],['0.99','x']]"), "买盘量“x”"},
+                  {"name no text", entry("'name':1"), "名称"}});
     }
     void BadPartsOfAPushChangeNothing()
     {
-        QFETCH(QByteArray, push);
-        QFETCH(QString, problem);
+        const QString problem = QString::fromUtf8(Given("problem"));
         QuoteBook book;
         QCOMPARE(book.Apply(ThreeStocks()).problems, QStringList());
         const std::vector<panelry::Quote> before = book.Quotes();
-
-        const QuoteBook::Result result = book.Apply(push);
-
+        const QuoteBook::Result result = book.Apply(Given("push"));
         QCOMPARE(result.problems.isEmpty(), problem.isEmpty());
-        QVERIFY2(problem.isEmpty() || result.problems[0].contains(problem),
-                 qPrintable(result.problems.value(0)));
+        QVERIFY2(result.problems.value(0).contains(problem), qPrintable(result.problems.value(0)));
         QVERIFY(result.changed.empty());
         QVERIFY(book.Quotes() == before);
     }
@@ -81,26 +76,19 @@ private Q_SLOTS:
         QCOMPARE(book.RowOf(QStringLiteral("999999")), -1);
     }
 
-    void ASideIsReplacedAsAWhole()
+    void ASideIsReplacedAsAWholeAndTextMakesTheSameBook()
     {
         QuoteBook book;
         book.Apply(ThreeStocks());
         book.Apply(
             Json("{'quotes':[{'code':'600519','last':'','bids':[['1.00','1']],'asks':"
-                 "[['2.00','1'],['2.01','2'],['2.02','3'],['2.03','4'],['2.04','5'],['2.05','6']]}]}"));
+                 "[['2.00','1'],['2.01','2'],['2.02','3'],['2.03','4'],['2.04','5'],['2.05','6']]},"
+                 "{'code':'1\\'2','name':'引\\'号\\\\','decimals':0,'last':'0.000001','asks':[['','3']]}]}"));
         const panelry::Quote& quote = book.Quotes()[0];
         QCOMPARE(quote.last, panelry::Price(0));
         QCOMPARE(quote.bids[1], panelry::PriceLevel());
         QCOMPARE(quote.asks[4].lots, 5);
-    }
-
-    void TextMakesTheSameBook()
-    {
-        QuoteBook book;
-        book.Apply(ThreeStocks());
-        book.Apply(
-            Json("{'quotes':[{'code':'1\\'2','name':'引\\'号\\\\','decimals':0,'last':'0.000001','asks':[['',"
-                 "'3']]}]}"));
+        QCOMPARE(book.Quotes().size(), std::size_t{4});
         QuoteBook copy;
         QCOMPARE(copy.Apply(book.Text().toUtf8()).problems, QStringList());
         QVERIFY(copy.Quotes() == book.Quotes());
@@ -142,9 +130,7 @@ private Q_SLOTS:
         QCOMPARE(face.lots[3].barPermille, 500);
 
         panelry::Quote unknown;
-
         unknown.code = QStringLiteral("000003");
-
         const panelry::QuoteFace bare = panelry::FaceOf(unknown);
         QCOMPARE(bare.fields[panelry::kFaceName].text, QStringLiteral("000003"));
         QCOMPARE(bare.fields[panelry::kFaceLast], (panelry::FaceCell{QStringLiteral("--"), Tone::Muted}));

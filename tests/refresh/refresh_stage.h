@@ -3,14 +3,11 @@
 #include <QDeadlineTimer>
 #include <atomic>
 #include <functional>
-#include <map>
-#include <memory>
+#include <latch>
 #include <mutex>
 #include <sstream>
 #include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 #include "refresh/auto_refresh_present.h"
 #include "services/resource_manager.h"
@@ -23,17 +20,16 @@ namespace panelry::test
 /// The settings that the library reads, one table for the whole process. Changed while no presenter runs.
 inline ConfigTable& Settings()
 {
-    static ConfigTable& settings = *new ConfigTable;
-    static const bool set = [] {
-        ResourceManager::Instance(true)->SetConfigTables(&settings, nullptr);
-        return true;
+    static ConfigTable& settings = *[] {
+        auto* const table = new ConfigTable;
+        ResourceManager::Instance(true)->SetConfigTables(table, nullptr);
+        return table;
     }();
-    static_cast<void>(set);
     return settings;
 }
 
 /// The host: both providers and one list, in words, of all that was asked of them. Any thread.
-class FakeHost : public QuoteProvider, public TradeProvider
+class FakeHost : public QuoteProvider, public FakeAccount
 {
 public:
     void Log(std::string what)
@@ -78,13 +74,9 @@ public:
     int ResolveCodeMarkets(std::vector<MarketCode>& codes) override
     {
         const auto corrected = m_markets.find(codes.at(0).code);
-        if (corrected == m_markets.end()) {
-            codes[0].market = 0;
-            Called("resolve");
-            return -1;
-        }
-        codes[0].market = corrected->second;
-        return Called("resolve");
+        codes[0].market = corrected == m_markets.end() ? std::uint8_t{0} : corrected->second;
+        const int result = Called("resolve");
+        return corrected == m_markets.end() ? -1 : result;
     }
     int ListCodeMatches(std::vector<MarketCode>&, std::vector<std::vector<std::string>>&) override
     {
@@ -92,12 +84,7 @@ public:
     }
     int AgreedQuoteCall(std::uintptr_t, std::uintptr_t) override { return -1; }
 
-    int Attach(int, std::shared_ptr<TradeObserver> subscriber) override
-    {
-        const std::lock_guard guard(m_lock);
-        m_tradeSubscriber = std::move(subscriber);
-        return 0;
-    }
+    int Attach(int, std::shared_ptr<TradeObserver>) override { return 0; }
     int SendTradeRequest(std::shared_ptr<TradeObserver>,
                          std::shared_ptr<ddsdk::TradeRequestParam> request) override
     {
@@ -110,13 +97,6 @@ public:
         Log(words);
         return Called(words);
     }
-    int GetString(const std::string& key, std::shared_ptr<std::string>& value) override
-    {
-        const std::lock_guard guard(m_lock);
-        const auto found = m_strings.find(key);
-        value = found == m_strings.end() ? nullptr : std::make_shared<std::string>(found->second);
-        return 0;
-    }
     int SubscribeKey(const std::string& name, bool on, std::shared_ptr<TradeObserver>) override
     {
         Log((on ? "key+ " : "key- ") + name);
@@ -127,23 +107,11 @@ public:
         Log("set " + name);
         return 0;
     }
-    std::shared_ptr<StringMap> GetStringMap(const std::string&) override { return nullptr; }
-    std::shared_ptr<HostTable> GetTable(const std::string&) override { return nullptr; }
 
-    void SetString(const std::string& key, const std::string& value)
-    {
-        const std::lock_guard guard(m_lock);
-        m_strings[key] = value;
-    }
     /// Calls that haven't returned yet.
     int CallsUnderWay() const { return m_underWay; }
     /// Lets go of the subscriber, as a provider may at any time.
-    void LetGo()
-    {
-        Hold(nullptr);
-        const std::lock_guard guard(m_lock);
-        m_tradeSubscriber.reset();
-    }
+    void LetGo() { Hold(nullptr); }
 
     /// The presenter that has attached itself.
     std::shared_ptr<AutoRefreshPresent> Present()
@@ -175,40 +143,53 @@ private:
     std::atomic<int> m_underWay{0};
     std::mutex m_lock;
     std::vector<std::string> m_log;
-    std::map<std::string, std::string> m_strings;
     std::shared_ptr<QuoteObserver> m_quoteSubscriber;
-    std::shared_ptr<TradeObserver> m_tradeSubscriber;
 };
 
 inline constexpr char kBuyWord[] = "\xC2\xF2\xC8\xEB";   // buy, in the host's code page
 inline constexpr char kSellWord[] = "\xC2\xF4\xB3\xF6";  // sell
 
 /// A table of cancellable orders out of words: "CODE MARKET B|S PRICE CONTRACT; ...". A price "-" is empty.
-inline std::shared_ptr<HostTable> Orders(const std::string& name, const std::string& words)
+/// Anything else than B and S is the host's text for the direction.
+inline std::shared_ptr<HostTable> Orders(const std::string& name, const std::string& words,
+                                         std::vector<std::string> columns = {"2135", "2102", "2109", "2127",
+                                                                             "32009"})
 {
     FakeTable::Rows rows;
     std::istringstream orders(words);
+    std::string code, market, direction, price, contract;
     for (std::string order; std::getline(orders, order, ';');) {
         std::istringstream fields(order);
-        std::string code, market, direction, price, contract;
         if (fields >> code >> market >> direction >> price >> contract) {
-            rows.push_back(
-                {contract, code, direction == "B" ? kBuyWord : kSellWord, price == "-" ? "" : price, market});
+            const std::string operation = direction == "B"   ? kBuyWord
+                                          : direction == "S" ? kSellWord
+                                                             : direction;
+            rows.push_back({contract, code, operation, price == "-" ? "" : price, market});
         }
     }
-    return std::make_shared<FakeTable>(
-        name, std::vector<std::string>{"2135", "2102", "2109", "2127", "32009"}, rows);
+    return std::make_shared<FakeTable>(name, std::move(columns), rows);
 }
 
-/// One push; an empty price or key is left out.
 inline std::shared_ptr<QuotePushRecord> Quote(int market, const std::string& code, const std::string& price)
 {
     auto record = std::make_shared<QuotePushRecord>();
-    record->rows.push_back({{"stockcode", MarketCodeKey({static_cast<std::uint8_t>(market), code})},
-                            {"latest_price", price},
-                            {"stock_name", "a name"},
-                            {"buy_1_price", "1"}});
+    record->rows.push_back(
+        {{"stockcode", MarketCodeKey({static_cast<std::uint8_t>(market), code})}, {"latest_price", price}});
     return record;
+}
+
+/// Does the work on so many threads, all at once.
+inline std::vector<std::jthread> OnThreads(int count, const std::function<void(int)>& work)
+{
+    const auto together = std::make_shared<std::latch>(count);
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < count; ++thread) {
+        threads.emplace_back([together, work, thread] {
+            together->arrive_and_wait();
+            work(thread);
+        });
+    }
+    return threads;
 }
 
 /// A presenter in front of a host, whose timers never tick by themselves: the test steps them.
@@ -282,6 +263,14 @@ public:
 
     FakeHost host;
     std::shared_ptr<AutoRefreshPresent> present = std::make_shared<AutoRefreshPresent>();
+};
+
+struct StartedStage : RefreshStage {
+    StartedStage()
+    {
+        Start();
+        host.TakeLog();
+    }
 };
 
 inline constexpr char kAllNormal[] = "chedan_table, gupiao_table, chengjiao_table, weituo_table, funds";

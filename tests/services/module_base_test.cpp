@@ -63,13 +63,12 @@ private Q_SLOTS:
     {
         ConfigTable system{{"s", {{"k", "system"}, {"other", "x"}}}};
         ConfigTable user{{"s", {{"k", "user"}}}};
-        ConfigTable colours;
         BareModule module;
-        module.SetColorTable(&colours);
+        module.SetColorTable(&user);
         module.SetConfigTables(&system, &user);
         const ResourceManager* const resources = ResourceManager::Instance(false);
         QVERIFY(resources);
-        QCOMPARE(resources->ColorTable(), &colours);
+        QCOMPARE(resources->ColorTable(), &user);
         QCOMPARE(resources->ReadConfig("s", "k"), "user");
         QCOMPARE(resources->ReadConfig("s", "other"), "x");
         ResourceManager::Destroy();

@@ -28,12 +28,10 @@ private Q_SLOTS:
                             const QByteArray& fromTables, const QByteArray& fromStore) {
             QTest::newRow(name) << system << user << fromTables << fromStore;
         };
-        row("nothing at all", "", "", "", "");
         row("user wins", value, other, "user", "user");
         row("user blanks it", value, blank, "", "system");
         row("user has the section alone", value, keyMissing, "system", "system");
         row("user has other sections", value, swapped, "system", "system");
-        row("no user settings", value, "", "system", "system");
         row("no system settings", "", other, "user", "user");
         row("blank on both sides", blank, blank, "", "");
         row("key and section change places", swapped, swapped, "", "");

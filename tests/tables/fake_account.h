@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -33,12 +34,8 @@ public:
     }
     int FindColumn(const char* columnId) const override
     {
-        for (std::size_t column = 0; column < m_columns.size(); ++column) {
-            if (m_columns[column] == columnId) {
-                return static_cast<int>(column);
-            }
-        }
-        return -1;
+        const auto found = std::find(m_columns.begin(), m_columns.end(), columnId);
+        return found == m_columns.end() ? -1 : static_cast<int>(found - m_columns.begin());
     }
 
 private:
@@ -61,10 +58,8 @@ public:
     void ColumnInfo(int column, std::shared_ptr<StringMap>& record) const override
     {
         const std::string& id = m_columns.at(static_cast<std::size_t>(column));
-        if (id == "?") {
-            record = std::make_shared<StringMap>(StringMap{{"name", "no id"}});
-        } else if (id != "-") {
-            record = std::make_shared<StringMap>(StringMap{{"id", id}});
+        if (id != "-") {
+            record = std::make_shared<StringMap>(StringMap{{id == "?" ? "name" : "id", id}});
         }
     }
     void CellValue(int row, int column, std::shared_ptr<std::string>& text) const override
@@ -128,6 +123,20 @@ class FakeObservers : public QuoteObserver, public TradeObserver
 {
 public:
     void* ObserverSelf() override { return this; }
+};
+
+/// A part of the tables' logic with its account.
+template <class Logic>
+struct LogicStage {
+    LogicStage()
+    {
+        observers->TradeObserver::SetProvider(&account);
+        logic.SetObservers(observers, observers);
+    }
+
+    FakeAccount account;
+    std::shared_ptr<FakeObservers> observers = std::make_shared<FakeObservers>();
+    Logic logic;
 };
 
 }  // namespace panelry::test

@@ -8,28 +8,18 @@
 #include "tables/zi_jin_info.h"
 
 using ddsdk::TradeRequestParam;
-using panelry::test::FakeAccount;
 using panelry::test::FakeAnswerTable;
-using panelry::test::FakeObservers;
 using panelry::test::FakeTable;
 
 namespace
 {
 
+using Columns = std::vector<std::string>;
+
 constexpr char kStored[] = "zijin_data_proc";
 
 template <class Funds>
-struct Stage {
-    Stage()
-    {
-        observers->TradeObserver::SetProvider(&account);
-        funds.SetObservers(observers, observers);
-    }
-
-    FakeAccount account;
-    std::shared_ptr<FakeObservers> observers = std::make_shared<FakeObservers>();
-    Funds funds;
-};
+using Stage = panelry::test::LogicStage<Funds>;
 
 std::shared_ptr<StockInfoAnswer> Answer(const char* type, const TradeRequestParam& reply)
 {
@@ -40,7 +30,7 @@ std::shared_ptr<StockInfoAnswer> Answer(const char* type, const TradeRequestPara
     return answer;
 }
 
-std::shared_ptr<StockInfoAnswer> MarginAnswer(std::vector<std::string> columns, FakeTable::Rows rows)
+std::shared_ptr<StockInfoAnswer> MarginAnswer(Columns columns, FakeTable::Rows rows)
 {
     auto answer = Answer("2314", {{}, {{"cmd", "rzrq_cxzj"}}, {}});
     answer->table = std::make_shared<FakeAnswerTable>(std::move(columns), std::move(rows));
@@ -50,25 +40,24 @@ std::shared_ptr<StockInfoAnswer> MarginAnswer(std::vector<std::string> columns, 
 const StringMap kNoFunds{{"account", ""}, {"zcc", ""},     {"zjye", ""}, {"djye", ""}, {"cqye", ""},
                          {"sjye", ""},    {"options", ""}, {"kyye", ""}, {"gpsz", ""}, {"zyk", ""}};
 
-StringMap Funds(const StringMap& given)
+StringMap Funds(StringMap given)
 {
-    StringMap funds = kNoFunds;
-    for (const auto& [key, value] : given) {
-        funds[key] = value;
+    given.insert(kNoFunds.begin(), kNoFunds.end());
+    return given;
+}
+
+StringMap MarginFunds(const char* texts)
+{
+    const QStringList values = QString::fromLatin1(texts).split(QLatin1Char(' '));
+    StringMap funds;
+    int i = 0;
+    for (const char* const key : {"zjye", "kyye", "sjye", "gpsz", "zcc", "account", "djye", "rzkyed"}) {
+        funds[key] = values[i++].toStdString();
     }
     return funds;
 }
 
 }  // namespace
-
-Q_DECLARE_METATYPE(StringMap)
-Q_DECLARE_METATYPE(std::string)
-using Rows = FakeTable::Rows;
-Q_DECLARE_METATYPE(Rows)
-using Columns = std::vector<std::string>;
-Q_DECLARE_METATYPE(Columns)
-using Maps = std::map<std::string, StringMap>;
-Q_DECLARE_METATYPE(Maps)
 
 class FundsTest : public panelry::test::Test
 {
@@ -79,19 +68,18 @@ private Q_SLOTS:
     {
         Stage<ZiJinInfo> stage;
         StringMap none;
-        stage.funds.QueryFunds(none);
+        stage.logic.QueryFunds(none);
         stage.account.m_strings["account"] = "8001";
         StringMap stockConnect{{"ggt", "1"}};
-        stage.funds.QueryFunds(stockConnect);
-        const StringMap head{{"type", "5"}, {"pub_4_int", "555"}, {"refresh", "1"}, {"cachedata", "1"}};
+        stage.logic.QueryFunds(stockConnect);
+        StringMap head{{"type", "5"}, {"pub_4_int", "555"}, {"refresh", "1"}, {"cachedata", "1"}};
         const auto& requests = stage.account.m_requests;
         QCOMPARE(requests.size(), std::size_t{2});
         QCOMPARE(requests[0].head, head);
         QCOMPARE(requests[0].body, (StringMap{{"dd_local_name", "query_zijin"}}));
         QVERIFY(requests[0].local.empty());
-        StringMap stockConnectHead = head;
-        stockConnectHead["type"] = "2317";
-        QCOMPARE(requests[1].head, stockConnectHead);
+        head["type"] = "2317";
+        QCOMPARE(requests[1].head, head);
         QCOMPARE(requests[1].body,
                  (StringMap{{"cmd", "ggt_query_zijin"}, {"dd_local_name", "query_zijin"}, {"zjzh", "8001"}}));
         QCOMPARE(requests[1].local, (StringMap{{"table_name", "ggt_zijin_data"}}));
@@ -102,7 +90,7 @@ private Q_SLOTS:
         Stage<RzrqZiJinInfo> stage;
         stage.account.m_strings = {{"account", "8001"}, {"rzrq_account", "9001"}};
         StringMap unread{{"ggt", "1"}};
-        stage.funds.QueryFunds(unread);
+        stage.logic.QueryFunds(unread);
         const auto& request = stage.account.m_requests.at(0);
         QCOMPARE(request.head, (StringMap{{"type", "2314"}}));
         QCOMPARE(
@@ -111,37 +99,31 @@ private Q_SLOTS:
         QVERIFY(request.local.empty());
     }
 
-    void AnAnswerReplacesAllButTheProfit_data()
-    {
-        QTest::addColumn<QByteArray>("type");
-        QTest::addColumn<StringMap>("stored");
-        QTest::addColumn<StringMap>("expected");
-        const StringMap answered = Funds({{"account", "8001"}, {"kyye", "5.00"}, {"gpsz", "7"}});
-        StringMap withProfit = answered;
-        withProfit["zyk"] = "-1.000000";
-        const StringMap before{{"zyk", "-1.000000"}, {"kyye", "4"}, {"own", "x"}};
-        QTest::newRow("nothing stored") << QByteArray("5") << StringMap() << answered;
-        QTest::newRow("stored") << QByteArray("5") << before << withProfit;
-        QTest::newRow("of Stock Connect") << QByteArray("2317") << before << before;
-        QTest::newRow("no number") << QByteArray("five") << before << before;
-    }
-
     void AnAnswerReplacesAllButTheProfit()
     {
-        QFETCH(const QByteArray, type);
-        QFETCH(const StringMap, stored);
-        QFETCH(const StringMap, expected);
         Stage<ZiJinInfo> stage;
-        if (!stored.empty()) {
-            stage.account.m_maps[kStored] = stored;
-        }
-        StringMap scratch;
+        StringMap& stored = stage.account.m_maps[kStored];
         // "gpsz" counts in the body and nowhere else; the others count in the head.
-        stage.funds.OnFundsAnswer(
-            Answer(type, {{{"account", "8001"}, {"kyye", "5.00"}, {"gpsz", "8"}, {"more", "x"}},
-                          {{"gpsz", "7"}, {"zcc", "9"}},
-                          {}}),
-            scratch);
+        const auto answer = [&stage](const char* type) {
+            const TradeRequestParam reply{
+                {{"account", "8001"}, {"kyye", "5.00"}, {"gpsz", "8"}, {"more", "x"}},
+                {{"gpsz", "7"}, {"zcc", "9"}},
+                {}};
+            StringMap scratch;
+            stage.logic.OnFundsAnswer(Answer(type, reply), scratch);
+        };
+        const StringMap before{{"zyk", "-1.000000"}, {"kyye", "4"}, {"own", "x"}};
+        stored = before;
+        answer("2317");
+        answer("five");
+        QCOMPARE(stored, before);
+        answer("5");
+        StringMap expected = Funds({{"account", "8001"}, {"kyye", "5.00"}, {"gpsz", "7"}});
+        expected["zyk"] = "-1.000000";
+        QCOMPARE(stored, expected);
+        stage.account.m_maps.clear();
+        answer("5");
+        expected["zyk"].clear();
         QCOMPARE(stage.account.m_maps[kStored], expected);
     }
 
@@ -149,7 +131,7 @@ private Q_SLOTS:
     {
         Stage<ZiJinInfo> stage;
         stage.account.m_maps[kStored] = {{"zyk", "2"}, {"zcc", "1"}};
-        stage.funds.OnFundsFields(std::make_shared<StringMap>(StringMap{{"gpsz", "7"}, {"zyk", "3"}}));
+        stage.logic.OnFundsFields(std::make_shared<StringMap>(StringMap{{"gpsz", "7"}, {"zyk", "3"}}));
         QCOMPARE(stage.account.m_maps[kStored], Funds({{"gpsz", "7"}, {"zyk", "2"}}));
     }
 
@@ -161,42 +143,36 @@ private Q_SLOTS:
         half->reply.reset();
         for (const auto& answer :
              {std::shared_ptr<StockInfoAnswer>(), std::make_shared<StockInfoAnswer>(), half}) {
-            stage.funds.OnFundsAnswer(answer, scratch);
+            stage.logic.OnFundsAnswer(answer, scratch);
         }
-        stage.funds.OnFundsFields(nullptr);
-        stage.funds.OnPositionsTable(nullptr);
+        stage.logic.OnFundsFields(nullptr);
+        stage.logic.OnPositionsTable(nullptr);
         QVERIFY(stage.account.m_maps.empty());
         // Without a trade side the caller's map is filled all the same.
         stage.observers.reset();
-        stage.funds.OnFundsAnswer(Answer("5", {{{"zcc", "1"}}, {}, {}}), scratch);
+        stage.logic.OnFundsAnswer(Answer("5", {{{"zcc", "1"}}, {}, {}}), scratch);
         QCOMPARE(scratch["zcc"], std::string("1"));
-    }
-
-    void TheProfitIsSummed_data()
-    {
-        QTest::addColumn<Columns>("columns");
-        QTest::addColumn<Rows>("rows");
-        QTest::addColumn<std::string>("profit");
-        const auto row = [](const char* name, const char* column, const Rows& rows, const char* profit) {
-            QTest::newRow(name) << Columns{"2102", column} << rows << std::string(profit);
-        };
-        row("both signs", "2147", {{"9", "1.5"}, {"9", "-2.25"}}, "-0.750000");
-        row("not a number", "2147", {{"9", "abc"}, {"9", ""}, {"9", " 3.5yuan"}}, "3.500000");
-        row("no rows", "2147", {}, "0.000000");
-        row("no such column", "2148", {{"9", "1.5"}}, "0.000000");
-        row("large", "2147", {{"9", "123456789012.25"}, {"9", "1e3"}}, "123456790012.250000");
-        row("in the rows' order", "2147", {{"9", "1e16"}, {"9", "1"}, {"9", "-1e16"}}, "0.000000");
     }
 
     void TheProfitIsSummed()
     {
-        QFETCH(const Columns, columns);
-        QFETCH(const Rows, rows);
-        QFETCH(const std::string, profit);
-        Stage<ZiJinInfo> stage;
-        stage.account.m_maps[kStored] = {{"zcc", "1"}, {"own", "x"}};
-        stage.funds.OnPositionsTable(std::make_shared<FakeTable>("gupiao_table", columns, rows));
-        QCOMPARE(stage.account.m_maps[kStored], (StringMap{{"own", "x"}, {"zcc", "1"}, {"zyk", profit}}));
+        const std::tuple<const char*, std::vector<const char*>, const char*> positions[] = {
+            {"2147", {"abc", "", "-2.25", " 3.5yuan"}, "1.250000"},
+            {"2147", {}, "0.000000"},
+            {"2148", {"1.5"}, "0.000000"},
+            {"2147", {"123456789012.25", "1e3"}, "123456790012.250000"},
+            {"2147", {"1e16", "1", "-1e16"}, "0.000000"}};  // in the rows' order
+        for (const auto& [column, cells, profit] : positions) {
+            FakeTable::Rows rows;
+            for (const char* const cell : cells) {
+                rows.push_back({"9", cell});
+            }
+            Stage<ZiJinInfo> stage;
+            stage.account.m_maps[kStored] = {{"zcc", "1"}, {"own", "x"}};
+            stage.logic.OnPositionsTable(
+                std::make_shared<FakeTable>("gupiao_table", Columns{"2102", column}, rows));
+            QCOMPARE(stage.account.m_maps[kStored], (StringMap{{"own", "x"}, {"zcc", "1"}, {"zyk", profit}}));
+        }
     }
 
     // All of this runs once more where the decimal point is a comma.
@@ -208,54 +184,44 @@ private Q_SLOTS:
         }
     }
 
-    void EachCurrencyIsPublished_data()
-    {
-        QTest::addColumn<Columns>("columns");
-        QTest::addColumn<Rows>("rows");
-        QTest::addColumn<Maps>("published");
-        const Columns all{"2172", "2971", "2116", "2114", "2973", "2191", "2908", "2113", "3857"};
-        const auto map = [](const char* texts) {
-            StringMap funds;
-            const QStringList values = QString::fromLatin1(texts).split(QLatin1Char(' '));
-            const char* const keys[] = {"zjye", "kyye", "sjye", "gpsz", "zcc", "account", "djye", "rzkyed"};
-            for (int i = 0; i < values.size(); ++i) {
-                funds[keys[i]] = values[i].toStdString();
-            }
-            return funds;
-        };
-        QTest::newRow("two currencies") << all
-                                        << Rows{{"0", "a", "b", "c", "d", "e", "f", "g", "h"},
-                                                {"1", "i", "j", "k", "l", "m", "n", "o", "p"}}
-                                        << Maps{{"zijin_data_rzrq_0", map("a b c d e f g h")},
-                                                {"zijin_data_rzrq_1", map("i j k l m n o p")}};
-        QTest::newRow("no rows") << all << Rows{} << Maps{};
-        QTest::newRow("a column that isn't there reads as the first one")
-            << Columns{"2908", "2172", "2971"} << Rows{{"9001", "0", "a"}}
-            << Maps{{"zijin_data_rzrq_0", map("a 9001 9001 9001 9001 9001 9001 9001")}};
-        QTest::newRow("without ids all is the first one")
-            << Columns{"?", "-"} << Rows{{"x", "y"}} << Maps{{"zijin_data_rzrq_x", map("x x x x x x x x")}};
-        QTest::newRow("of two columns with one id the later counts")
-            << Columns{"2172", "2116", "2116"} << Rows{{"0", "first", "second"}}
-            << Maps{{"zijin_data_rzrq_0", map("0 second 0 0 0 0 0 0")}};
-        QTest::newRow("a cell without a text")
-            << Columns{"2172", "2971"} << Rows{{"-", "-"}} << Maps{{"zijin_data_rzrq_", Funds({})}};
-    }
-
     void EachCurrencyIsPublished()
     {
-        QFETCH(const Columns, columns);
-        QFETCH(const Rows, rows);
-        QFETCH(Maps, published);
-        if (QTest::currentDataTag() == QByteArray("a cell without a text")) {
-            published.begin()->second = {{"zjye", ""}, {"kyye", ""},    {"sjye", ""}, {"gpsz", ""},
-                                         {"zcc", ""},  {"account", ""}, {"djye", ""}, {"rzkyed", ""}};
-        }
-        Stage<RzrqZiJinInfo> stage;
-        StringMap scratch;
-        stage.funds.OnFundsAnswer(MarginAnswer(columns, rows), scratch);
-        QCOMPARE(stage.account.m_maps, published);
-        if (!published.empty()) {
-            QCOMPARE(scratch, published.rbegin()->second);
+        struct Case {
+            const char* what;
+            Columns columns;
+            FakeTable::Rows rows;
+            std::map<std::string, StringMap> published;
+        };
+        const Columns all{"2172", "2971", "2116", "2114", "2973", "2191", "2908", "2113", "3857"};
+        const Case cases[] = {
+            {"two currencies",
+             all,
+             {{"0", "a", "b", "c", "d", "e", "f", "g", "h"}, {"1", "i", "j", "k", "l", "m", "n", "o", "p"}},
+             {{"zijin_data_rzrq_0", MarginFunds("a b c d e f g h")},
+              {"zijin_data_rzrq_1", MarginFunds("i j k l m n o p")}}},
+            {"no rows", all, {}, {}},
+            {"a column that isn't there reads as the first one",
+             {"2908", "2172", "2971"},
+             {{"9001", "0", "a"}},
+             {{"zijin_data_rzrq_0", MarginFunds("a 9001 9001 9001 9001 9001 9001 9001")}}},
+            {"without ids all is the first one",
+             {"?", "-"},
+             {{"x", "y"}},
+             {{"zijin_data_rzrq_x", MarginFunds("x x x x x x x x")}}},
+            {"of two columns with one id the later counts",
+             {"2172", "2116", "2116"},
+             {{"0", "first", "second"}},
+             {{"zijin_data_rzrq_0", MarginFunds("0 second 0 0 0 0 0 0")}}},
+            {"cells without a text",
+             {"2172", "2971"},
+             {{"-", "-"}},
+             {{"zijin_data_rzrq_", MarginFunds("       ")}}}};
+        for (const auto& [what, columns, rows, published] : cases) {
+            Stage<RzrqZiJinInfo> stage;
+            StringMap scratch;
+            stage.logic.OnFundsAnswer(MarginAnswer(columns, rows), scratch);
+            QVERIFY2(stage.account.m_maps == published, what);
+            QVERIFY2(published.empty() || scratch == published.rbegin()->second, what);
         }
     }
 
@@ -274,12 +240,12 @@ private Q_SLOTS:
         withoutTable->table.reset();
         for (const auto& answer :
              {orders, normal, inTheHead, withoutTable, std::make_shared<StockInfoAnswer>(), {}}) {
-            stage.funds.OnFundsAnswer(answer, scratch);
+            stage.logic.OnFundsAnswer(answer, scratch);
         }
         QVERIFY(stage.account.m_maps.empty() && scratch.empty());
         // Without a trade side the rows are read all the same.
         stage.observers.reset();
-        stage.funds.OnFundsAnswer(MarginAnswer(columns, {{"0"}}), scratch);
+        stage.logic.OnFundsAnswer(MarginAnswer(columns, {{"0"}}), scratch);
         QCOMPARE(scratch["zcc"], std::string("0"));
     }
 };

@@ -1,37 +1,16 @@
 // What goes out for each query and each account, map by map.
 
 #include "tables/table_form_info.h"
+
 #include "support/test.h"
 #include "tables/fake_account.h"
 
 using ddsdk::TradeRequestParam;
-using panelry::test::FakeAccount;
-using panelry::test::FakeObservers;
 
 namespace
 {
 
-using Query = void (DataDealBase::*)(StringMap&);
-
-const Query kPositions = &DataDealBase::QueryPositions;
-const Query kDeals = &DataDealBase::QueryDeals;
-const Query kOrders = &DataDealBase::QueryOrders;
-const Query kCancelable = &DataDealBase::QueryCancelableOrders;
-
-struct Stage {
-    Stage()
-    {
-        account.m_strings["account"] = "8001";
-        observers->TradeObserver::SetProvider(&account);
-        form.SetObservers(observers, observers);
-    }
-
-    FakeAccount account;
-    std::shared_ptr<FakeObservers> observers = std::make_shared<FakeObservers>();
-    TableFormInfo form;
-};
-
-// "head: key=value ...", for readable rows and failures. Bytes that can't be read are shown as numbers.
+// "key=value ...". Bytes that can't be read are shown as numbers.
 std::string Words(const StringMap& map)
 {
     std::string words;
@@ -46,213 +25,149 @@ std::string Words(const StringMap& map)
     return words;
 }
 
-std::string Words(const TradeRequestParam& request)
+StringMap MapOf(const QString& words)
 {
-    return Words(request.head) + " | " + Words(request.body) + " | " + Words(request.local);
-}
-
-StringMap With(StringMap map, const StringMap& more)
-{
-    map.insert(more.begin(), more.end());
+    StringMap map;
+    for (const QString& word : words.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        map[word.section(QLatin1Char('='), 0, 0).toStdString()] =
+            word.section(QLatin1Char('='), 1).toStdString();
+    }
     return map;
 }
 
-const StringMap kMargin{{"rzrq", "1"}, {"table_name", "t"}};
-const StringMap kStockConnect{{"ggt", "1"}, {"table_name", "t"}};
-const StringMap kNormal{{"table_name", "t"}};
+// What a host does with the logic: four queries, and two requests that are filled for it.
+void Ask(DataDealBase& form, const QString& what, const std::shared_ptr<TradeRequestParam>& request,
+         StringMap& parameters)
+{
+    if (what == QStringLiteral("cancel")) {
+        return form.FillCancelRequest(request, parameters);
+    }
+    if (what == QStringLiteral("refresh")) {
+        return form.FillTableRefreshRequest(request, parameters);
+    }
+    const auto query = what == QStringLiteral("positions") ? &DataDealBase::QueryPositions
+                       : what == QStringLiteral("deals")   ? &DataDealBase::QueryDeals
+                       : what == QStringLiteral("orders")  ? &DataDealBase::QueryOrders
+                                                           : &DataDealBase::QueryCancelableOrders;
+    (form.*query)(parameters);
+}
 
 }  // namespace
-
-Q_DECLARE_METATYPE(std::string)
-Q_DECLARE_METATYPE(StringMap)
-Q_DECLARE_METATYPE(Query)
 
 class TableFormInfoTest : public panelry::test::Test
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void QueriesGoOutByAccount_data()
+    void WhatGoesOutByAccount_data()
     {
-        QTest::addColumn<Query>("query");
-        QTest::addColumn<StringMap>("parameters");
-        QTest::addColumn<std::string>("sent");
-        const auto row = [](const char* name, Query query, const StringMap& parameters, const char* sent) {
-            QTest::newRow(name) << query << parameters << std::string(sent);
+        QTest::addColumn<QString>("sent");  // head | body | local
+        const auto row = [](const char* asked, const char* sent) {
+            QTest::newRow(asked) << QString::fromLatin1(sent);
         };
-        row("positions", kPositions, kNormal, "cachedata=1 setcode=50 type=1537 | zjzh=8001 | table_name=t");
-        row("positions, margin", kPositions, kMargin,
+        row("positions table_name=t", "cachedata=1 setcode=50 type=1537 | zjzh=8001 | table_name=t");
+        row("positions rzrq=1 table_name=t",
             "cachedata=1 type=2314 | cmd=rzrq_cxgp dataid=rzrq_gupiao rzrq=1 zjzh=8001 | table_name=t");
-        row("positions, ggt", kPositions, kStockConnect,
+        row("positions ggt=1 table_name=t",
             "cachedata=1 table_name=ggt_gupiao type=2317 | cmd=ggt_query_cican dataid=ggt_gupiao zjzh=8001 | "
             "table_name=t");
-        row("positions, by the host's own name", kPositions, With(kNormal, {{"standard_table_name", "own"}}),
+        // By the host's own name, be it empty.
+        row("positions table_name=t standard_table_name=own",
             "cachedata=1 setcode=50 table_name=own type=1537 | zjzh=8001 | table_name=t");
-        row("positions, ggt by an empty name", kPositions, With(kStockConnect, {{"standard_table_name", ""}}),
+        row("positions ggt=1 standard_table_name=",
             "cachedata=1 table_name= type=2317 | cmd=ggt_query_cican dataid=ggt_gupiao zjzh=8001 | "
-            "table_name=t");
+            "table_name=");
 
-        row("deals", kDeals, With(kNormal, {{"menuid", "7"}}),
-            "cachedata=1 command=7 type=1538 | menuid=7 | table_name=t");
-        row("deals, margin", kDeals, kMargin,
-            "cachedata=1 command= type=2314 | cmd=rzrq_cxcj menuid= rzrq=1 | table_name=t");
-        row("deals, ggt", kDeals, kStockConnect,
+        row("deals menuid=7 table_name=t", "cachedata=1 command=7 type=1538 | menuid=7 | table_name=t");
+        row("deals rzrq=1", "cachedata=1 command= type=2314 | cmd=rzrq_cxcj menuid= rzrq=1 | table_name=");
+        row("deals ggt=1",
             "cachedata=1 command= table_name=ggt_chengjiao type=2317 | cmd=ggt_query_chengjiao "
-            "dataid=ggt_chengjiao menuid= | table_name=t");
+            "dataid=ggt_chengjiao menuid= | table_name=");
 
-        row("orders", kOrders, kNormal, "cachedata=1 setcode=50 type=1539 |  | table_name=t");
-        row("orders, margin", kOrders, kMargin,
-            "cachedata=1 type=2314 | cmd=rzrq_cxwt dataid=rzrq_weituo rzrq=1 | table_name=t");
-        row("orders, ggt", kOrders, kStockConnect,
-            "cachedata=1 table_name=ggt_weituo type=2317 | cmd=ggt_query_drwt dataid=ggt_drwt | "
-            "table_name=t");
+        row("orders table_name=t", "cachedata=1 setcode=50 type=1539 |  | table_name=t");
+        row("orders rzrq=1", "cachedata=1 type=2314 | cmd=rzrq_cxwt dataid=rzrq_weituo rzrq=1 | table_name=");
+        row("orders ggt=1",
+            "cachedata=1 table_name=ggt_weituo type=2317 | cmd=ggt_query_drwt dataid=ggt_drwt | table_name=");
 
-        row("cancelable", kCancelable, kNormal,
+        row("cancelable table_name=t",
             "cachedata=1 pub_3_str=W setcode=50 type=1539 | dataid=ptwt_kcwt | table_name=t");
-        row("cancelable, margin", kCancelable, kMargin,
-            "cachedata=1 pub_3_str=W type=2314 | cmd=rzrq_cxwt dataid=rzrq_chedan rzrq=1 | table_name=t");
-        row("cancelable, ggt", kCancelable, kStockConnect,
+        row("cancelable ggt=1",
             "cachedata=1 pub_3_str=W table_name=ggt_weituo type=2317 | cmd=ggt_query_kcwt dataid=ggt_kcwt | "
-            "table_name=t");
-        row("cancelable, ggt by the table's name", kCancelable, {{"table_name", "ggt_chedan_table"}},
+            "table_name=");
+        // That table is of Stock Connect, but margin wins, and it chooses nothing elsewhere.
+        row("cancelable table_name=ggt_chedan_table",
             "cachedata=1 pub_3_str=W table_name=ggt_weituo type=2317 | cmd=ggt_query_kcwt dataid=ggt_kcwt | "
             "table_name=ggt_chedan_table");
-        row("that name chooses nothing elsewhere", kOrders, {{"table_name", "ggt_chedan_table"}},
-            "cachedata=1 setcode=50 type=1539 |  | table_name=ggt_chedan_table");
-
-        row("margin wins", kCancelable, {{"rzrq", "1"}, {"ggt", "1"}, {"table_name", "ggt_chedan_table"}},
+        row("cancelable rzrq=1 ggt=1 table_name=ggt_chedan_table",
             "cachedata=1 pub_3_str=W type=2314 | cmd=rzrq_cxwt dataid=rzrq_chedan rzrq=1 | "
             "table_name=ggt_chedan_table");
-        row("only 1 is yes", kOrders, {{"rzrq", "true"}, {"ggt", "11"}},
-            "cachedata=1 setcode=50 type=1539 |  | table_name=");
-    }
+        row("orders rzrq=true ggt=11 table_name=ggt_chedan_table",
+            "cachedata=1 setcode=50 type=1539 |  | table_name=ggt_chedan_table");
 
-    void QueriesGoOutByAccount()
-    {
-        QFETCH(const Query, query);
-        QFETCH(StringMap, parameters);
-        QFETCH(const std::string, sent);
-        Stage stage;
-        const StringMap before = parameters;
-        (static_cast<DataDealBase&>(stage.form).*query)(parameters);
-        QCOMPARE(stage.account.m_requests.size(), std::size_t{1});
-        QCOMPARE(Words(stage.account.m_requests[0]), sent);
-        QCOMPARE(parameters, before);
-        // Without a trade side nothing goes out.
-        stage.observers.reset();
-        (static_cast<DataDealBase&>(stage.form).*query)(parameters);
-        QCOMPARE(stage.account.m_requests.size(), std::size_t{1});
-    }
-
-    void PastDeals_data()
-    {
-        QTest::addColumn<StringMap>("parameters");
-        QTest::addColumn<std::string>("sent");
-        const auto row = [](const char* name, const StringMap& parameters, const char* sent) {
-            QTest::newRow(name) << parameters << std::string(sent);
-        };
-        // 19990101 is 0x01310655 and 20111231 0x0132DF7F: eight bytes, the low ones first, none of them zero.
-        row("both dates whole", {{"qsrq", "19990101"}, {"jzrq", "20111231"}},
+        // Past deals. 19990101 is 0x01310655 and 20111231 0x0132DF7F: eight bytes, the low ones first, none of
+        // them zero; a zero byte ends the text, be it the first. One date is none.
+        row("deals qsrq=19990101 jzrq=20111231",
             "cachedata=1 command= pub_1_str=U<6>1<1><127><223>2<1> type=1538 | "
             "dataid=H jzrq=20111231 menuid= qsrq=19990101 | table_name=");
-        row("a zero byte ends the text", {{"qsrq", "20250701"}, {"jzrq", "20250731"}},
-            "cachedata=1 command= pub_1_str=M type=1538 | dataid=H jzrq=20250731 menuid= qsrq=20250701 | "
-            "table_name=");
-        row("a zero byte at its head", {{"qsrq", "20240128"}, {"jzrq", "20250731"}},
+        row("deals qsrq=20240128 jzrq=20250731",
             "cachedata=1 command= pub_1_str= type=1538 | dataid=H jzrq=20250731 menuid= qsrq=20240128 | "
             "table_name=");
-        row("margin", {{"rzrq", "1"}, {"qsrq", "20250701"}, {"jzrq", "x"}},
+        row("deals rzrq=1 qsrq=20250701 jzrq=x",
             "cachedata=1 command= pub_1_str=M type=2314 | cmd=rzrq_cxcj dataid=rzrq_lishichengjiao jzrq=x "
-            "menuid= "
-            "qsrq=20250701 rzrq=1 | table_name=");
-        row("ggt", {{"ggt", "1"}, {"qsrq", ""}, {"jzrq", ""}},
+            "menuid= qsrq=20250701 rzrq=1 | table_name=");
+        row("deals ggt=1 qsrq= jzrq=",
             "cachedata=1 command= pub_1_str= table_name=ggt_chengjiao type=2317 | cmd=ggt_query_chengjiao "
-            "dataid=H "
-            "jzrq= menuid= qsrq= | table_name=");
-        row("one date is none", {{"qsrq", "20250701"}},
-            "cachedata=1 command= type=1538 | menuid= | table_name=");
-        row("the other neither", {{"jzrq", "20250701"}, {"rzrq", "1"}},
-            "cachedata=1 command= type=2314 | cmd=rzrq_cxcj menuid= rzrq=1 | table_name=");
+            "dataid=H jzrq= menuid= qsrq= | table_name=");
+        row("deals qsrq=20250701", "cachedata=1 command= type=1538 | menuid= | table_name=");
+        row("deals jzrq=20250701", "cachedata=1 command= type=1538 | menuid= | table_name=");
+
+        row("cancel htbh=12 chedan_num= index=3 other=x",
+            "pub_5_str=12 type=4 | htbh=12 | chedan_num= index=3");
+        row("cancel htbh=12 rzrq=1 time_stamp=9",
+            "pub_5_str=12 type=2314 | cmd=rzrq_cd htbh=12 rzrq=1 | time_stamp=9");
+        row("cancel htbh=12 ggt=1 cjbh=c", "pub_5_str=12 type=2317 | cjbh=c cmd=ggt_cd czlb= htbh=12 | ");
+        row("cancel htbh=12 ggt=1 rzrq=1 cjbh=c czlb=z",
+            "pub_5_str=12 type=2317 | cjbh=c cmd=ggt_cd czlb=z htbh=12 rzrq=1 | ");
+        row("cancel rzrq=0", "pub_5_str= type=4 | htbh= | ");
+
+        row("refresh cmd=c", "command= type= | cmd=c menuid= | table_name=");
+        row("refresh type=1539 menuid=m table_name=t setcode= cmd=c dataid=d rzrq=0 other=x",
+            "command=m setcode= type=1539 | cmd=c dataid=d menuid=m rzrq=0 | table_name=t");
     }
 
-    void PastDeals()
+    void WhatGoesOutByAccount()
     {
-        QFETCH(StringMap, parameters);
-        QFETCH(const std::string, sent);
-        Stage stage;
-        stage.form.QueryDeals(parameters);
-        QCOMPARE(Words(stage.account.m_requests.at(0)), sent);
-    }
-
-    void AnAccountWithoutANameIsLeftOut_data()
-    {
-        QTest::addColumn<bool>("published");
-        QTest::addColumn<std::string>("body");
-        QTest::newRow("none") << false << std::string();
-        QTest::newRow("an empty one is one") << true << std::string("zjzh=");
+        const QString asked = QString::fromLatin1(QTest::currentDataTag());
+        const QString what = asked.section(QLatin1Char(' '), 0, 0);
+        const StringMap before = MapOf(asked.section(QLatin1Char(' '), 1));
+        StringMap parameters = before;
+        panelry::test::LogicStage<TableFormInfo> stage;
+        stage.account.m_strings["account"] = "8001";
+        const auto filled = std::make_shared<TradeRequestParam>();
+        Ask(stage.logic, what, filled, parameters);
+        const auto& requests = stage.account.m_requests;
+        const bool fills = what == QStringLiteral("cancel") || what == QStringLiteral("refresh");
+        QCOMPARE(requests.size(), std::size_t{fills ? 0U : 1U});
+        const TradeRequestParam& sent = fills ? *filled : requests[0];
+        QTEST(QString::fromStdString(Words(sent.head) + " | " + Words(sent.body) + " | " + Words(sent.local)),
+              "sent");
+        QCOMPARE(parameters, before);
+        // Without a request to fill, and without a trade side, nothing happens.
+        const std::size_t count = requests.size();
+        stage.observers.reset();
+        Ask(stage.logic, what, nullptr, parameters);
+        QCOMPARE(requests.size(), count);
     }
 
     void AnAccountWithoutANameIsLeftOut()
     {
-        QFETCH(const bool, published);
-        QFETCH(const std::string, body);
-        Stage stage;
-        stage.account.m_strings.clear();
-        if (published) {
-            stage.account.m_strings["account"] = "";
-        }
+        panelry::test::LogicStage<TableFormInfo> stage;
         StringMap parameters;
-        stage.form.QueryPositions(parameters);
-        QCOMPARE(Words(stage.account.m_requests.at(0).body), body);
-    }
-
-    void Cancels_data()
-    {
-        QTest::addColumn<StringMap>("row");
-        QTest::addColumn<std::string>("filled");
-        const auto row = [](const char* name, const StringMap& order, const char* filled) {
-            QTest::newRow(name) << order << std::string(filled);
-        };
-        row("normal", {{"htbh", "12"}, {"chedan_num", ""}, {"index", "3"}, {"other", "x"}},
-            "pub_5_str=12 type=4 | htbh=12 | chedan_num= index=3");
-        row("margin", {{"htbh", "12"}, {"rzrq", "1"}, {"time_stamp", "9"}},
-            "pub_5_str=12 type=2314 | cmd=rzrq_cd htbh=12 rzrq=1 | time_stamp=9");
-        row("ggt", {{"htbh", "12"}, {"ggt", "1"}, {"cjbh", "c"}},
-            "pub_5_str=12 type=2317 | cjbh=c cmd=ggt_cd czlb= htbh=12 | ");
-        row("ggt over margin", {{"htbh", "12"}, {"ggt", "1"}, {"rzrq", "1"}, {"cjbh", "c"}, {"czlb", "z"}},
-            "pub_5_str=12 type=2317 | cjbh=c cmd=ggt_cd czlb=z htbh=12 rzrq=1 | ");
-        row("nothing known", {{"rzrq", "0"}}, "pub_5_str= type=4 | htbh= | ");
-    }
-
-    void Cancels()
-    {
-        QFETCH(StringMap, row);
-        QFETCH(const std::string, filled);
-        Stage stage;
-        const StringMap before = row;
-        const auto request = std::make_shared<TradeRequestParam>();
-        stage.form.FillCancelRequest(request, row);
-        QCOMPARE(Words(*request), filled);
-        QCOMPARE(row, before);
-        stage.form.FillCancelRequest(nullptr, row);
-        QVERIFY(stage.account.m_requests.empty());
-    }
-
-    void ATableThatTheCallerDescribes()
-    {
-        Stage stage;
-        const auto request = std::make_shared<TradeRequestParam>();
-        StringMap bare{{"cmd", "c"}};
-        stage.form.FillTableRefreshRequest(request, bare);
-        QCOMPARE(Words(*request), std::string("command= type= | cmd=c menuid= | table_name="));
-        StringMap full{{"type", "1539"}, {"menuid", "m"}, {"table_name", "t"}, {"setcode", ""},
-                       {"cmd", "c"},     {"dataid", "d"}, {"rzrq", "0"},       {"other", "x"}};
-        const auto second = std::make_shared<TradeRequestParam>();
-        stage.form.FillTableRefreshRequest(second, full);
-        QCOMPARE(Words(*second),
-                 std::string("command=m setcode= type=1539 | cmd=c dataid=d menuid=m rzrq=0 | table_name=t"));
-        stage.form.FillTableRefreshRequest(nullptr, full);
-        QVERIFY(stage.account.m_requests.empty());
+        stage.logic.QueryPositions(parameters);
+        QCOMPARE(Words(stage.account.m_requests.at(0).body), std::string());
+        stage.account.m_strings["account"] = "";  // an empty one is one
+        stage.logic.QueryPositions(parameters);
+        QCOMPARE(Words(stage.account.m_requests.at(1).body), std::string("zjzh="));
     }
 };
 

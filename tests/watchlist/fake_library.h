@@ -21,8 +21,9 @@ public:
     {
         QVERIFY(target == kAlongLink && sender != nullptr);
         if (msgId == kWatchlistRequest) {
-            Note(*static_cast<WatchlistRequest*>(payload));
-            m_present.HandleRequest(*static_cast<WatchlistRequest*>(payload));
+            auto& request = *static_cast<WatchlistRequest*>(payload);
+            Note(request.cmd);
+            m_present.HandleRequest(request);
         } else if (msgId == kStockSelected) {
             m_selected.push_back(*static_cast<StringMap*>(payload));
             m_present.OnStockSelected(static_cast<StringMap*>(payload));
@@ -35,13 +36,12 @@ public:
     std::multiset<std::int32_t> m_listening;  // the commands with which listeners came that haven't gone
 
 private:
-    void Note(const WatchlistRequest& request)
+    void Note(std::int32_t command)
     {
-        const bool listens = request.cmd == kListenWatchlist || request.cmd == kListenLatest;
-        if (listens) {
-            m_listening.insert(request.cmd);
-        } else if (request.cmd == kUnlistenWatchlist || request.cmd == kUnlistenLatest) {
-            m_listening.erase(request.cmd - 1);
+        if (command == kListenWatchlist || command == kListenLatest) {
+            m_listening.insert(command);
+        } else if (command == kUnlistenWatchlist || command == kUnlistenLatest) {
+            m_listening.erase(command - 1);
         }
     }
 

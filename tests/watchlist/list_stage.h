@@ -15,6 +15,10 @@
 namespace panelry::test
 {
 
+inline constexpr char kUserFile[] = "userconfig/Watchlist.json";
+inline constexpr char kSystemFile[] = "sysconfig/Watchlist.json";
+inline constexpr char kLatestFile[] = "userconfig/Lastestlist.json";
+
 /// A list in short: "600000/16 000001/32"; an entry with a name is "600000/16=name", an absent market
 /// "600000".
 inline StockList Stocks(const std::string& text)
@@ -22,14 +26,14 @@ inline StockList Stocks(const std::string& text)
     StockList stocks;
     for (const QString& word : QString::fromStdString(text).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
         const QString pair = word.section(QLatin1Char('='), 0, 0);
-        StringMap stock{{"stockcode", pair.section(QLatin1Char('/'), 0, 0).toStdString()}};
+        StringMap& stock = stocks.emplace_back();
+        stock["stockcode"] = pair.section(QLatin1Char('/'), 0, 0).toStdString();
         if (pair.contains(QLatin1Char('/'))) {
             stock["market"] = pair.section(QLatin1Char('/'), 1).toStdString();
         }
         if (word.contains(QLatin1Char('='))) {
             stock["stockname"] = word.section(QLatin1Char('='), 1).toStdString();
         }
-        stocks.push_back(stock);
     }
     return stocks;
 }
@@ -39,13 +43,14 @@ inline std::string Words(const StockList& stocks)
 {
     std::string text;
     for (StringMap stock : stocks) {
-        text += text.empty() ? "" : " ";
-        text += stock["stockcode"];
+        text += (text.empty() ? "" : " ") + stock["stockcode"];
         text += stock.contains("market") ? "/" + stock["market"] : "";
         text += stock.contains("stockname") ? "=" + stock["stockname"] : "";
+        for (const char* const known : {"stockcode", "market", "stockname"}) {
+            stock.erase(known);
+        }
         for (const auto& [key, value] : stock) {
-            const bool known = key == "stockcode" || key == "market" || key == "stockname";
-            text += known ? "" : "+" + key;
+            text += "+" + key;
         }
     }
     return text;
@@ -84,6 +89,12 @@ public:
         QDir().mkdir(QStringLiteral("userconfig"));
         QDir().mkdir(QStringLiteral("sysconfig"));
     }
+    /// The same with the user's list in its file, unless it is empty, and loaded.
+    explicit ListStage(const QByteArray& usersList) : ListStage()
+    {
+        Put(kUserFile, usersList);
+        Load();
+    }
     ~ListStage()
     {
         m_present.reset();
@@ -120,18 +131,9 @@ public:
 
     void Request(WatchlistCommand command, const std::string& items = {})
     {
-        WatchlistRequest request;
-        request.cmd = command;
-        request.items = Stocks(items);
-        m_present->HandleRequest(request);
+        Handle(command, Stocks(items), nullptr);
     }
-    void Listen(WatchlistCommand command, WatchlistListener* listener)
-    {
-        WatchlistRequest request;
-        request.cmd = command;
-        request.listener = listener;
-        m_present->HandleRequest(request);
-    }
+    void Listen(WatchlistCommand command, WatchlistListener* listener) { Handle(command, {}, listener); }
     /// A list as a new listener is told it.
     std::string Current(WatchlistCommand command = kListenWatchlist)
     {
@@ -146,12 +148,17 @@ public:
     QString Path(const char* name) const { return m_directory.filePath(QString::fromLatin1(name)); }
 
 private:
+    void Handle(WatchlistCommand command, const StockList& items, WatchlistListener* listener)
+    {
+        WatchlistRequest request;
+        request.cmd = command;
+        request.items = items;
+        request.listener = listener;
+        m_present->HandleRequest(request);
+    }
+
     QTemporaryDir m_directory;
 };
-
-inline constexpr char kUserFile[] = "userconfig/Watchlist.json";
-inline constexpr char kSystemFile[] = "sysconfig/Watchlist.json";
-inline constexpr char kLatestFile[] = "userconfig/Lastestlist.json";
 
 /// What an operation throws, in the words of the exception; empty if nothing.
 template <class Operation>

@@ -19,12 +19,8 @@ constexpr int kStocksBefore = 1000;
 // A list that is long enough to be caught in the middle of its writing.
 QByteArray LongList()
 {
-    StockList stocks;
-    for (int i = 0; i < kStocksBefore; ++i) {
-        stocks.push_back(
-            {{"stockcode", std::to_string(i)}, {"market", "16"}, {"note", std::string(80, 'x')}});
-    }
-    return QByteArray::fromStdString(ListText(stocks));
+    return QByteArray::fromStdString(ListText(
+        StockList(kStocksBefore, {{"stockcode", "1"}, {"market", "16"}, {"note", std::string(80, 'x')}})));
 }
 
 }  // namespace
@@ -60,38 +56,24 @@ private Q_SLOTS:
             const int added = static_cast<int>(list.size()) - kStocksBefore;
             QVERIFY2(added >= told.count('d') && added <= told.count('s'),
                      qPrintable(QString::number(added)));
-            for (int i = 0; i < added; ++i) {
-                QCOMPARE(
-                    list.at(static_cast<std::size_t>(kStocksBefore + i)).at("stockcode").get<std::string>(),
-                    "new" + std::to_string(i));
-            }
+            QVERIFY(added == 0 || list.back().at("stockcode") == "new" + std::to_string(added - 1));
         }
-    }
-
-    void TheEndOfTheProcessWritesTheLatestStocks_data()
-    {
-        QTest::addColumn<QString>("act");
-        QTest::newRow("everything has ended") << QStringLiteral("exit");
-        QTest::newRow("a thread still selects") << QStringLiteral("running");
     }
 
     void TheEndOfTheProcessWritesTheLatestStocks()
     {
-        QFETCH(const QString, act);
-        for (int i = 0; i < 5; ++i) {
+        for (const bool threadRuns : {false, false, true, true, true}) {
             const ListStage stage;
             stage.Put(kSystemFile, R"([{"stockcode":"0","market":"0"}])");
             QProcess saver;
-            saver.start(QStringLiteral(WATCHLIST_SAVER), {act});
+            saver.start(QStringLiteral(WATCHLIST_SAVER), {QLatin1String(threadRuns ? "running" : "exit")});
             QVERIFY(saver.waitForFinished());
             QCOMPARE(saver.exitStatus(), QProcess::NormalExit);
             QVERIFY2(saver.exitCode() == 0, saver.readAllStandardError().constData());
             QCOMPARE(stage.List(kUserFile), std::string("0/0 2/16"));
-            if (act == QLatin1String("exit")) {
-                QCOMPARE(stage.List(kLatestFile), std::string("1/16="));
-            } else {
-                QCOMPARE(Stocks(stage.List(kLatestFile)).size(), std::size_t{200});
-            }
+            const std::string latest = stage.List(kLatestFile);
+            QCOMPARE(Stocks(latest).size(), std::size_t{threadRuns ? 200U : 1U});
+            QVERIFY(threadRuns || latest == "1/16=");
         }
     }
 };

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstring>
 #include <string>
 #include <thread>
 
@@ -40,15 +39,6 @@ void Select(const std::string& code)
     WatchlistManager::Instance(true)->OnMessage(panelry::kStockSelected, &stock);
 }
 
-[[noreturn]] void Grow()
-{
-    for (int i = 0;; ++i) {
-        Tell('s');
-        Add("new" + std::to_string(i));
-        Tell('d');
-    }
-}
-
 // The thread's objects stay when main returns, as the application thread's do.
 void LeaveAThreadBehind()
 {
@@ -66,15 +56,17 @@ void LeaveAThreadBehind()
 
 }  // namespace
 
-int main(int argc, char* argv[])
+int main(int, char* argv[])
 {
-    const char* const act = argc > 1 ? argv[1] : "";
-    if (std::strcmp(act, "grow") == 0) {
-        Grow();
+    const std::string act = argv[1];
+    for (int i = 0; act == "grow"; ++i) {
+        Tell('s');
+        Add("new" + std::to_string(i));
+        Tell('d');
     }
     Select("1");
     Add("2");
-    if (std::strcmp(act, "running") == 0) {
+    if (act == "running") {
         LeaveAThreadBehind();
     }
     return 0;
