@@ -1,16 +1,10 @@
+#include "common/only_module.h"
 #include "funds/funds_module.h"
 #include "hosting/module_library.h"
 
 std::vector<ModuleInfo>* GetModuleInfo()
 {
-    static std::vector<ModuleInfo> modules = [] {
-        ModuleInfo info;
-        info.module_id = panelry::kFundsPanelId;
-        info.module_key = "funds";
-        info.module_title = "资金";
-        return std::vector<ModuleInfo>{info};
-    }();
-    return &modules;
+    return panelry::OnlyModule(panelry::kFundsPanelId, "funds", "资金");
 }
 
 ModuleBase* CreateModule(InstanceInfo* info)

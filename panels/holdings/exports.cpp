@@ -1,17 +1,11 @@
+#include "common/only_module.h"
 #include "holdings/holdings_spec.h"
 #include "host_tables/tables_module.h"
 #include "hosting/module_library.h"
 
 std::vector<ModuleInfo>* GetModuleInfo()
 {
-    static std::vector<ModuleInfo> modules = [] {
-        ModuleInfo info;
-        info.module_id = panelry::kHoldingsPanelId;
-        info.module_key = "holdings";
-        info.module_title = "持仓";
-        return std::vector<ModuleInfo>{info};
-    }();
-    return &modules;
+    return panelry::OnlyModule(panelry::kHoldingsPanelId, "holdings", "持仓");
 }
 
 ModuleBase* CreateModule(InstanceInfo* info)

@@ -1,17 +1,11 @@
+#include "common/only_module.h"
 #include "host_tables/tables_module.h"
 #include "hosting/module_library.h"
 #include "orders/orders_spec.h"
 
 std::vector<ModuleInfo>* GetModuleInfo()
 {
-    static std::vector<ModuleInfo> modules = [] {
-        ModuleInfo info;
-        info.module_id = panelry::kOrdersPanelId;
-        info.module_key = "orders";
-        info.module_title = "委托成交";
-        return std::vector<ModuleInfo>{info};
-    }();
-    return &modules;
+    return panelry::OnlyModule(panelry::kOrdersPanelId, "orders", "委托成交");
 }
 
 ModuleBase* CreateModule(InstanceInfo* info)

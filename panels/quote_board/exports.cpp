@@ -1,16 +1,10 @@
+#include "common/only_module.h"
 #include "hosting/module_library.h"
 #include "quote_board/quote_board_module.h"
 
 std::vector<ModuleInfo>* GetModuleInfo()
 {
-    static std::vector<ModuleInfo> modules = [] {
-        ModuleInfo info;
-        info.module_id = panelry::kQuoteBoardId;
-        info.module_key = "quote_board";
-        info.module_title = "行情报价";
-        return std::vector<ModuleInfo>{info};
-    }();
-    return &modules;
+    return panelry::OnlyModule(panelry::kQuoteBoardId, "quote_board", "行情报价");
 }
 
 ModuleBase* CreateModule(InstanceInfo* info)

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QTranslator>
 
+#include "bridge/application_thread_mark.h"
 #include "bridge/config_store.h"
 #include "bridge/exit_guard.h"
 #include "bridge/host_values.h"

@@ -6,13 +6,11 @@
 #include <QMetaObject>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 
 #include "base/singleton.h"
+#include "bridge/application_thread_mark.h"
 #include "bridge/host_gate.h"
-#include "bridge/message_road.h"
 #include "hosting/container_manager.h"
 #include "input/hook_manager.h"
 #include "refresh/auto_refresh.h"
@@ -28,9 +26,6 @@ namespace
 constexpr std::chrono::seconds kPatience{2};
 
 std::atomic<bool> Exiting{false};
-std::mutex HaltLock;
-std::condition_variable& HaltChanged = *new std::condition_variable;  // outlives the statics
-bool Halted = false;
 
 void OnExit()
 {
@@ -43,8 +38,7 @@ void OnExit()
     if (const HostGate::Visit visit(Gate); visit.Manager()) {
         QMetaObject::invokeMethod(visit.Manager(), &HaltIfExiting, Qt::QueuedConnection);
     }
-    std::unique_lock lock(HaltLock);
-    HaltChanged.wait_for(lock, kPatience, [] { return Halted || !ApplicationThreadAlive; });
+    AwaitThreadEnd(kPatience);
 }
 
 // Thread-local objects of the main thread die before all statics, those that were made late included.
@@ -76,30 +70,10 @@ void HaltIfExiting()
     if (!Exiting) {
         return;
     }
-    {
-        const std::lock_guard lock(HaltLock);
-        Halted = true;
-    }
-    HaltChanged.notify_all();
+    TellThreadHalted();
     for (;;) {
         ::pause();
     }
-}
-
-void TellThreadEnded()
-{
-    {
-        const std::lock_guard lock(HaltLock);
-        ApplicationThreadAlive = false;
-    }
-    HaltChanged.notify_all();
-}
-
-bool AwaitThreadEnd()
-{
-    std::unique_lock lock(HaltLock);
-    HaltChanged.wait(lock, [] { return Halted || !ApplicationThreadAlive; });
-    return !Halted;
 }
 
 }  // namespace panelry::bridge

@@ -14,11 +14,4 @@ void GuardExit();
 /// Application thread: stands still for good if the process is ending.
 void HaltIfExiting();
 
-/// Application thread, as its last word: whoever waits for it may join it now.
-void TellThreadEnded();
-
-/// Waits until the application thread has ended, and returns true; false when it stands still instead. Any
-/// other thread.
-bool AwaitThreadEnd();
-
 }  // namespace panelry::bridge

@@ -9,6 +9,7 @@
 
 #include "base/singleton.h"
 #include "bridge/application_thread.h"
+#include "bridge/application_thread_mark.h"
 #include "bridge/deferred_queue.h"
 #include "bridge/exit_guard.h"
 #include "bridge/host_gate.h"

@@ -6,9 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "base/singleton.h"
+#include "bridge/application_thread_mark.h"
 #include "bridge/deferred_queue.h"
-#include "bridge/exit_guard.h"
 #include "bridge/host_gate.h"
 #include "hosting/container_manager.h"
 
@@ -26,8 +25,6 @@ std::atomic<bool> StopRequested{false};
 
 // Host threads emit parked messages, and what follows them, one thread after the other.
 std::mutex FlushOrderLock;
-
-thread_local bool IsApplicationThread = false;
 
 void Emit(ContainerManager& manager, std::int32_t type, std::int32_t id, const std::string& text)
 {
@@ -129,22 +126,6 @@ void BecomeRunning()
     }
     FlushDeferred();
     ApplicationRunning.exchange(true);
-}
-
-ApplicationThreadMark::ApplicationThreadMark()
-{
-    IsApplicationThread = true;
-}
-
-ApplicationThreadMark::~ApplicationThreadMark()
-{
-    TellThreadEnded();
-    IsApplicationThread = false;
-}
-
-bool OnApplicationThread()
-{
-    return IsApplicationThread;
 }
 
 }  // namespace panelry::bridge

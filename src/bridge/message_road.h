@@ -27,17 +27,4 @@ void ForgetQuit();
 /// if they were asked to. Application thread.
 void BecomeRunning();
 
-/// Marks the calling thread as the application thread, for as long as the object lives.
-class ApplicationThreadMark
-{
-public:
-    ApplicationThreadMark();
-    ~ApplicationThreadMark();
-    ApplicationThreadMark(const ApplicationThreadMark&) = delete;
-    ApplicationThreadMark& operator=(const ApplicationThreadMark&) = delete;
-};
-
-/// Whether the calling thread bears that mark.
-bool OnApplicationThread();
-
 }  // namespace panelry::bridge

@@ -13,10 +13,10 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::refresh::RefreshState;
 using panelry::refresh::Visit;
 using panelry::ticket::IsOne;
-using panelry::ticket::Peek;
 
 constexpr char kOrderNews[] = "auto_refresh_data";
 constexpr char kCancelableTable[] = "chedan_table";
@@ -144,10 +144,10 @@ void AutoRefreshPresent::OnDataPush(const std::string& name, std::shared_ptr<Str
         return;
     }
     panelry::refresh::AccountState& account = m_state->Account(IsOne(*map, "rzrq"));
-    if (const std::string& contract = Peek(*map, "htbh"); !contract.empty()) {
+    if (const std::string& contract = FieldOf(*map, "htbh"); !contract.empty()) {
         account.pending.Add(contract);
     }
-    if (!Peek(*map, "chedan").empty()) {
+    if (!FieldOf(*map, "chedan").empty()) {
         account.refreshDue = 1;
     }
 }

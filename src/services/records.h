@@ -21,7 +21,7 @@ namespace panelry
 /// The value of a key, empty where it is absent. Good as long as the record stays as it is.
 inline const std::string& FieldOf(const StringMap& record, const std::string& key)
 {
-    static const std::string absent;
+    static const std::string& absent = *new std::string;  // threads that outlive main() read, too
     const auto field = record.find(key);
     return field == record.end() ? absent : field->second;
 }

@@ -10,8 +10,8 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::tables::Put;
-using panelry::ticket::Peek;
 
 constexpr int kMarginType = 2314;
 constexpr char kCommand[] = "rzrq_cxzj";
@@ -57,8 +57,8 @@ std::string Cell(const HostAnswerTable& table, int row, const ColumnIndex& index
 bool AnswersOurQuery(const StockInfoAnswer& answer)
 {
     return answer.request && answer.reply &&
-           panelry::TextToInt(Peek(answer.request->head, "type")) == kMarginType &&
-           Peek(answer.reply->body, "cmd") == kCommand;
+           panelry::TextToInt(FieldOf(answer.request->head, "type")) == kMarginType &&
+           FieldOf(answer.reply->body, "cmd") == kCommand;
 }
 
 }  // namespace

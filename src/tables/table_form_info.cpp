@@ -11,13 +11,13 @@ namespace
 {
 
 using ddsdk::TradeRequestParam;
+using panelry::FieldOf;
 using panelry::tables::CopyPresent;
 using panelry::tables::Fields;
 using panelry::tables::kMarginType;
 using panelry::tables::kStockConnectType;
 using panelry::tables::Put;
 using panelry::ticket::IsOne;
-using panelry::ticket::Peek;
 
 constexpr char kTableName[] = "table_name";
 constexpr char kStockConnectCancelTable[] = "ggt_chedan_table";
@@ -75,7 +75,7 @@ std::shared_ptr<TradeRequestParam> NewRequest(const Flavour& flavour, const Stri
     Put(request->head, flavour.head);
     Put(request->body, flavour.body);
     request->head["cachedata"] = "1";
-    request->local[kTableName] = Peek(parameters, kTableName);
+    request->local[kTableName] = FieldOf(parameters, kTableName);
     return request;
 }
 
@@ -116,7 +116,7 @@ void TableFormInfo::FillCancelRequest(std::shared_ptr<TradeRequestParam> request
     if (!request) {
         return;
     }
-    const std::string& contract = Peek(row, "htbh");
+    const std::string& contract = FieldOf(row, "htbh");
     request->head["type"] = "4";
     request->head["pub_5_str"] = contract;
     if (IsOne(row, "rzrq")) {
@@ -126,8 +126,8 @@ void TableFormInfo::FillCancelRequest(std::shared_ptr<TradeRequestParam> request
     if (IsOne(row, "ggt")) {  // on top of the margin fields, of which "rzrq" stays
         request->head["type"] = kStockConnectType;
         request->body["cmd"] = "ggt_cd";
-        request->body["cjbh"] = Peek(row, "cjbh");
-        request->body["czlb"] = Peek(row, "czlb");
+        request->body["cjbh"] = FieldOf(row, "cjbh");
+        request->body["czlb"] = FieldOf(row, "czlb");
     }
     request->body["htbh"] = contract;
     for (const char* const key : {"chedan_num", "time_stamp", "index"}) {
@@ -141,9 +141,9 @@ void TableFormInfo::FillTableRefreshRequest(std::shared_ptr<TradeRequestParam> r
     if (!request) {
         return;
     }
-    request->head["type"] = Peek(description, "type");
-    request->head["command"] = request->body["menuid"] = Peek(description, "menuid");
-    request->local[kTableName] = Peek(description, kTableName);
+    request->head["type"] = FieldOf(description, "type");
+    request->head["command"] = request->body["menuid"] = FieldOf(description, "menuid");
+    request->local[kTableName] = FieldOf(description, kTableName);
     CopyPresent(description, request->head, "setcode");
     for (const char* const key : {"cmd", "dataid", "rzrq"}) {
         CopyPresent(description, request->body, key);
@@ -172,7 +172,7 @@ void TableFormInfo::QueryDeals(StringMap& parameters)
     }
     const auto request = NewRequest(FlavourOf(kDeals, parameters), parameters);
     PutHistoryRange(parameters, *request);
-    request->head["command"] = request->body["menuid"] = Peek(parameters, "menuid");
+    request->head["command"] = request->body["menuid"] = FieldOf(parameters, "menuid");
     tradeSide->SendTradeRequest(request);
 }
 
@@ -189,7 +189,7 @@ void TableFormInfo::QueryCancelableOrders(StringMap& parameters)
     if (!tradeSide) {
         return;
     }
-    const bool stockConnectTable = Peek(parameters, kTableName) == kStockConnectCancelTable;
+    const bool stockConnectTable = FieldOf(parameters, kTableName) == kStockConnectCancelTable;
     const auto request = NewRequest(FlavourOf(kCancelableOrders, parameters, stockConnectTable), parameters);
     request->head["pub_3_str"] = "W";
     tradeSide->SendTradeRequest(request);

@@ -7,10 +7,10 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::tables::kStockConnectType;
 using panelry::tables::Put;
 using panelry::ticket::IsOne;
-using panelry::ticket::Peek;
 
 constexpr int kFundsType = 5;
 constexpr char kStored[] = "zijin_data_proc";
@@ -22,9 +22,9 @@ constexpr const char* kHeadKeys[] = {"account", "zcc", "zjye", "djye", "cqye", "
 void CopyFunds(const StringMap& head, const StringMap& body, StringMap& fields)
 {
     for (const char* const key : kHeadKeys) {
-        fields[key] = Peek(head, key);
+        fields[key] = FieldOf(head, key);
     }
-    fields[kMarketValue] = Peek(body, kMarketValue);
+    fields[kMarketValue] = FieldOf(body, kMarketValue);
 }
 
 double SumOfProfits(const HostTable& table)
@@ -66,7 +66,7 @@ void ZiJinInfo::QueryFunds(StringMap& parameters)
 void ZiJinInfo::OnFundsAnswer(std::shared_ptr<StockInfoAnswer> answer, StringMap& scratch)
 {
     if (!answer || !answer->request || !answer->reply ||
-        panelry::TextToInt(Peek(answer->request->head, "type")) != kFundsType) {
+        panelry::TextToInt(FieldOf(answer->request->head, "type")) != kFundsType) {
         return;
     }
     CopyFunds(answer->reply->head, answer->reply->body, scratch);
@@ -91,7 +91,7 @@ void ZiJinInfo::Publish(StringMap& fields)
         return;
     }
     const std::shared_ptr<StringMap> stored = StoredMap(*tradeSide);
-    fields[kProfit] = Peek(*stored, kProfit);
+    fields[kProfit] = FieldOf(*stored, kProfit);
     *stored = fields;
     tradeSide->SetStringMap(kStored, stored);
 }

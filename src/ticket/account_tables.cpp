@@ -35,7 +35,7 @@ AccountSearch BeginAccountSearch(TradeObserver* tradeSide, int kind)
         return search;
     }
     const std::string name = std::to_string(kind);
-    search.range = {Peek(*ranges, name + "_begin"), Peek(*ranges, name + "_end")};
+    search.range = {FieldOf(*ranges, name + "_begin"), FieldOf(*ranges, name + "_end")};
     search.tables = ReadAccountTables(*tradeSide);
     return search;
 }

@@ -155,7 +155,7 @@ void DataDealBase::ResolveAccountFields(int kind, StringMap& ticket)
 {
     const std::shared_ptr<TradeObserver> tradeSide = m_tradeSide.lock();
     const AccountSearch search = panelry::ticket::BeginAccountSearch(tradeSide.get(), kind);
-    MaskTest fits(*this, panelry::ticket::Peek(ticket, key::kStockCode));
+    MaskTest fits(*this, panelry::FieldOf(ticket, key::kStockCode));
     for (const std::shared_ptr<HostTable>& table : search.tables) {
         ResolveFromTable(*table, search.range, fits, ticket);
     }

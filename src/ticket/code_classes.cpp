@@ -7,9 +7,9 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::ticket::IsOne;
 using panelry::ticket::Key;
-using panelry::ticket::Peek;
 namespace key = panelry::ticket::key;
 
 constexpr int kBhjgMask = 0xF8;
@@ -35,7 +35,7 @@ bool DataDealBase::IsThreeDecimalCode(const std::string& code, const std::string
 
 bool DataDealBase::IsBhjgMarket(StringMap& ticket)
 {
-    const std::string& market = Peek(ticket, key::kMarket);
+    const std::string& market = FieldOf(ticket, key::kMarket);
     return !market.empty() && (panelry::TextToInt(market) & kBhjgMask) == panelry::ticket::kShanghaiBit;
 }
 
@@ -43,8 +43,8 @@ bool DataDealBase::IsBhjgMarket(StringMap& ticket)
 // shares.
 bool DataDealBase::IsZhangCode(StringMap& ticket)
 {
-    const std::string& code = Peek(ticket, key::kStockCode);
-    const int market = panelry::ticket::MarketByte(Peek(ticket, key::kMarket));
+    const std::string& code = FieldOf(ticket, key::kStockCode);
+    const int market = panelry::ticket::MarketByte(FieldOf(ticket, key::kMarket));
     return (!code.empty() && IsOne(ticket, kZhangMask)) ||
            ((market & panelry::ticket::kShanghaiBit) && code.starts_with("0")) ||
            ((market & panelry::ticket::kShenzhenBit) && code.starts_with("10"));

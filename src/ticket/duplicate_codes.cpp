@@ -86,7 +86,7 @@ bool DataDealBase::ResolveDuplicateCodes(std::shared_ptr<StockInfoAnswer> answer
         return false;
     }
     const StringMap& choices = answer->reply->local;
-    const int count = panelry::TextToInt(Peek(choices, "dup"));
+    const int count = panelry::TextToInt(panelry::FieldOf(choices, "dup"));
     if (count < kLeastChoices) {
         return false;
     }

@@ -16,20 +16,12 @@ inline const std::string& Key(const char* text)
     return *new std::string(text);
 }
 
-inline const std::string& kNoText = Key("");
 inline const std::string& kOne = Key("1");
 inline const std::string& kZero = Key("0");
 
-/// The value of `key`, empty when absent. Adds no key. Good as long as the map's value.
-inline const std::string& Peek(const StringMap& fields, const std::string& key)
-{
-    const auto found = fields.find(key);
-    return found == fields.end() ? kNoText : found->second;
-}
-
 inline bool IsOne(const StringMap& fields, const std::string& key)
 {
-    return Peek(fields, key) == kOne;
+    return FieldOf(fields, key) == kOne;
 }
 
 inline const std::string& Flag(bool set)

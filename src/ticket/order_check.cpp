@@ -8,12 +8,12 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::TextToDouble;
 using panelry::TextToInt64;
 using panelry::ticket::IsOne;
 using panelry::ticket::Key;
 using panelry::ticket::kSmallestPrice;
-using panelry::ticket::Peek;
 namespace key = panelry::ticket::key;
 
 constexpr std::int64_t kLeastStarAmount = 200;
@@ -48,14 +48,14 @@ void Refuse(StringMap& result, const char* words)
 
 bool IsMarketOrder(const StringMap& order)
 {
-    const std::string& kind = Peek(order, kMarketOrder);
+    const std::string& kind = FieldOf(order, kMarketOrder);
     return !kind.empty() && kind != " ";
 }
 
 // A short sale gets no sell tip, a buy gets its tip whatever the short-sale mark says: deliberate.
 const char* LimitOrderTip(const StringMap& order)
 {
-    const std::string& side = Peek(order, kSide);
+    const std::string& side = FieldOf(order, kSide);
     if (side == "B") {
         return kBuyTip;
     }
@@ -65,8 +65,8 @@ const char* LimitOrderTip(const StringMap& order)
 // Beyond the day's limits the order is not refused, only confirmed; limits of 0 are none.
 std::string BeyondLimitsTip(const StringMap& order, double price)
 {
-    const std::string& up = Peek(order, key::kRaisingLimit);
-    const std::string& down = Peek(order, key::kLimitDown);
+    const std::string& up = FieldOf(order, key::kRaisingLimit);
+    const std::string& down = FieldOf(order, key::kLimitDown);
     if (up.empty() || down.empty()) {
         return {};
     }
@@ -76,7 +76,7 @@ std::string BeyondLimitsTip(const StringMap& order, double price)
     if (!beyond || upper <= kSmallestPrice || lower <= kSmallestPrice) {
         return {};
     }
-    const int decimals = panelry::TextToInt(Peek(order, key::kPriceDecimal));
+    const int decimals = panelry::TextToInt(FieldOf(order, key::kPriceDecimal));
     return "您输入的价格已超出涨跌停限制：[" + panelry::FixedText(lower, decimals) + " - " +
            panelry::FixedText(upper, decimals) + "] \n\n是否继续该笔委托？";
 }
@@ -87,8 +87,8 @@ bool BreaksStarRule(const StringMap& order, std::int64_t amount)
     if (!IsOne(order, key::kStar) || amount >= kLeastStarAmount) {
         return false;
     }
-    const std::string& side = Peek(order, kSide);
-    return side == "B" || (side == "S" && amount != TextToInt64(Peek(order, key::kUsableAmount)));
+    const std::string& side = FieldOf(order, kSide);
+    return side == "B" || (side == "S" && amount != TextToInt64(FieldOf(order, key::kUsableAmount)));
 }
 
 }  // namespace
@@ -96,14 +96,14 @@ bool BreaksStarRule(const StringMap& order, std::int64_t amount)
 void DataDealBase::CheckOrder(StringMap& order, StringMap& result)
 {
     result[kCheck] = "1";
-    if (Peek(order, key::kStockCode).empty()) {
+    if (FieldOf(order, key::kStockCode).empty()) {
         Refuse(result, kNoCode);  // goes on: a later refusal says more
     }
-    const double price = TextToDouble(Peek(order, key::kPrice));
+    const double price = TextToDouble(FieldOf(order, key::kPrice));
     if (price < kSmallestPrice) {
         return Refuse(result, kNoPrice);
     }
-    const std::int64_t amount = TextToInt64(Peek(order, key::kAmount));
+    const std::int64_t amount = TextToInt64(FieldOf(order, key::kAmount));
     if (amount <= 0) {
         return Refuse(result, kNoAmount);
     }
@@ -112,7 +112,7 @@ void DataDealBase::CheckOrder(StringMap& order, StringMap& result)
     if (IsMarketOrder(order)) {
         tip = IsOne(order, key::kSupportsProtectedMarketOrder) ? kProtectionTip : "";
     } else if (IsOne(order, kDeclared)) {
-        tip = panelry::HostTextToUtf8(Peek(order, "sbwt_tips_" + Peek(order, kSide)));
+        tip = panelry::HostTextToUtf8(FieldOf(order, "sbwt_tips_" + FieldOf(order, kSide)));
     } else if (IsProtectedLimitSupported(order)) {
         tip = LimitOrderTip(order);
     }

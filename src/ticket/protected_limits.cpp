@@ -9,11 +9,11 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::TextToInt;
 using panelry::ticket::Flag;
 using panelry::ticket::IsOne;
 using panelry::ticket::Key;
-using panelry::ticket::Peek;
 namespace key = panelry::ticket::key;
 
 const std::string& kSupported = Key("issupportxj");
@@ -87,20 +87,20 @@ void DataDealBase::UpdateProtectedLimitFields(StringMap& ticket)
 
 bool DataDealBase::IsProtectedLimitSupported(StringMap& ticket)
 {
-    const std::string& statement = Peek(ticket, kSupported);
+    const std::string& statement = FieldOf(ticket, kSupported);
     if (!statement.empty()) {
         return statement == "1";  // the host's word goes before the market's
     }
-    return MarketOffersLimits(panelry::ticket::MarketByte(Peek(ticket, key::kMarket)));
+    return MarketOffersLimits(panelry::ticket::MarketByte(FieldOf(ticket, key::kMarket)));
 }
 
 bool DataDealBase::IsContinuousPhase(StringMap& ticket)
 {
-    const std::string& phase = Peek(ticket, key::kBenchmarkCode);
+    const std::string& phase = FieldOf(ticket, key::kBenchmarkCode);
     if (!phase.empty()) {
-        return IsContinuous(phase, TextToInt(Peek(ticket, key::kMarket)));
+        return IsContinuous(phase, TextToInt(FieldOf(ticket, key::kMarket)));
     }
-    const std::string& time = Peek(ticket, key::kQuoteTime);
+    const std::string& time = FieldOf(ticket, key::kQuoteTime);
     return !time.empty() && IsInPhase(time);
 }
 

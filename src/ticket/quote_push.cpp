@@ -9,8 +9,8 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::ticket::Key;
-using panelry::ticket::Peek;
 namespace key = panelry::ticket::key;
 
 constexpr double kPercent = 100.0;
@@ -62,7 +62,7 @@ void CopyQuote(const QuotePushRecord& push, StringMap& out)
 {
     const StringMap& row = push.rows.front();
     // The market byte, then the code. A push without it leaves the ticket's own in place.
-    const std::string& stock = Peek(row, key::kStockCode);
+    const std::string& stock = FieldOf(row, key::kStockCode);
     Reader from(row);
     Writer to(out);
     Copy(key::kBenchmarkCode, from, to);
@@ -76,7 +76,7 @@ void CopyQuote(const QuotePushRecord& push, StringMap& out)
     }
     to.Write(key::kOpen) = from.Read(kOpeningPrice);  // the one field that changes its key on the way
     Copy(key::kPriceDecimal, from, to);
-    to.Write(key::kPushFlag) = Peek(push.head, key::kPushFlag);
+    to.Write(key::kPushFlag) = FieldOf(push.head, key::kPushFlag);
     Copy(key::kRaisingLimit, from, to);
     WriteChange(latest, close, to);
     CopySide(key::kSellSide, from, to);

@@ -12,10 +12,10 @@
 namespace
 {
 
+using panelry::FieldOf;
 using panelry::TextToDouble;
 using panelry::ticket::IsOne;
 using panelry::ticket::Key;
-using panelry::ticket::Peek;
 namespace key = panelry::ticket::key;
 
 constexpr int kPriceDecimalMask = 4;    // of QueryQuoteFields
@@ -47,8 +47,8 @@ using Writer = panelry::ticket::OrderedWalk<StringMap>;
 // The market that the ticket asked with wins over the one that the host answers with.
 const std::string& MarketOf(const StockInfoAnswer& answer)
 {
-    const std::string& asked = Peek(answer.request->local, kAskedMarket);
-    return asked.empty() || asked == "0" ? Peek(answer.reply->head, kCodeType) : asked;
+    const std::string& asked = FieldOf(answer.request->local, kAskedMarket);
+    return asked.empty() || asked == "0" ? FieldOf(answer.reply->head, kCodeType) : asked;
 }
 
 void CopySide(const std::array<std::string, 10>& names, const StringMap& head, Writer& to)
@@ -72,9 +72,9 @@ void WriteDifference(const std::string& latest, const std::string& close, Writer
 // Written only where one of the two sources says something; the quote's goes before, an empty one too.
 void WriteUsableAmount(const ddsdk::TradeRequestParam& reply, const std::string& options, Writer& to)
 {
-    const std::string& usable = Peek(reply.body, kHostUsable);
+    const std::string& usable = FieldOf(reply.body, kHostUsable);
     if (panelry::TextToInt64(options) & kUsableFromQuoteBit) {
-        to.Write(key::kUsableAmount) = Peek(reply.head, kQuoteUsable);
+        to.Write(key::kUsableAmount) = FieldOf(reply.head, kQuoteUsable);
     } else if (!usable.empty()) {
         to.Write(key::kUsableAmount) = usable == kNoBound ? panelry::ticket::kZero : usable;
     }
@@ -85,25 +85,25 @@ void WriteAnswer(const StockInfoAnswer& answer, StringMap& out)
 {
     const StringMap& head = answer.reply->head;
     const StringMap& local = answer.reply->local;
-    const std::string& options = Peek(head, key::kOptions);
+    const std::string& options = FieldOf(head, key::kOptions);
     Writer to(out);
     to.Write(key::kAmountMax) = kNoBound;
     to.Write(key::kAmountMin) = kNoBound;
     to.Write(key::kAmountStep) = "100";
     CopySide(key::kBuySide, head, to);
-    to.Write(key::kBusinessKind) = Peek(answer.request->body, key::kBusinessKind);
-    to.Write(key::kQuoteTime) = Peek(head, kTime);
-    const std::string& close = to.Write(key::kLastClosingPrice) = Peek(head, kPreviousClose);
-    const std::string& latest = to.Write(key::kLatestPrice) = Peek(head, kNewPrice);
-    to.Write(key::kLimitDown) = Peek(head, kLowerLimit);
+    to.Write(key::kBusinessKind) = FieldOf(answer.request->body, key::kBusinessKind);
+    to.Write(key::kQuoteTime) = FieldOf(head, kTime);
+    const std::string& close = to.Write(key::kLastClosingPrice) = FieldOf(head, kPreviousClose);
+    const std::string& latest = to.Write(key::kLatestPrice) = FieldOf(head, kNewPrice);
+    to.Write(key::kLimitDown) = FieldOf(head, kLowerLimit);
     to.Write(key::kMarket) = MarketOf(answer);
-    to.Write(key::kOpen) = Peek(local, key::kOpen);
+    to.Write(key::kOpen) = FieldOf(local, key::kOpen);
     to.Write(key::kOptions) = options;
-    to.Write(key::kRaisingLimit) = Peek(head, kUpperLimit);
+    to.Write(key::kRaisingLimit) = FieldOf(head, kUpperLimit);
     WriteDifference(latest, close, to);
     CopySide(key::kSellSide, head, to);
-    to.Write(key::kStockName) = panelry::HostTextToUtf8(Peek(local, kHostName));
-    to.Write(key::kStockCode) = Peek(local, kCode);
+    to.Write(key::kStockName) = panelry::HostTextToUtf8(FieldOf(local, kHostName));
+    to.Write(key::kStockCode) = FieldOf(local, kCode);
     WriteUsableAmount(*answer.reply, options, to);
 }
 
@@ -115,7 +115,7 @@ void AskDecimals(QuoteObserver& quoteSide, const std::string& market, const std:
     std::shared_ptr<StringMap> fields;
     quoteSide.QueryQuoteFields(kPriceDecimalMask, stock, fields);
     if (fields) {
-        out[key::kPriceDecimal] = Peek(*fields, key::kPriceDecimal);
+        out[key::kPriceDecimal] = FieldOf(*fields, key::kPriceDecimal);
     }
 }
 
@@ -153,7 +153,7 @@ struct Copy {
 
 void CopyUnlessEmpty(const StringMap& from, const Copy& copy, StringMap& out)
 {
-    const std::string& value = Peek(from, copy.from);
+    const std::string& value = FieldOf(from, copy.from);
     if (!value.empty()) {
         out[copy.to] = value;
     }
@@ -182,8 +182,8 @@ void DataDealBase::OnStockInfo(std::shared_ptr<StockInfoAnswer> answer, StringMa
     }
     const ddsdk::TradeRequestParam& reply = *answer->reply;
     // The answer's own market, also where the ticket keeps the one that it asked with.
-    const std::string codeType = Peek(reply.head, kCodeType);
-    const std::string code = Peek(reply.local, kCode);
+    const std::string codeType = FieldOf(reply.head, kCodeType);
+    const std::string code = FieldOf(reply.local, kCode);
     WriteAnswer(*answer, out);
     if (const std::shared_ptr<QuoteObserver> quoteSide = m_quoteSide.lock()) {
         AskDecimals(*quoteSide, codeType, code, out);
@@ -193,7 +193,7 @@ void DataDealBase::OnStockInfo(std::shared_ptr<StockInfoAnswer> answer, StringMa
     ResolveAccountFields(IsOne(answer->request->body, key::kMargin) ? kMarginAccount : kOrdinaryAccount, out);
     WriteBoardBounds(out);
     WriteHostBounds(reply.body, out);
-    const std::string& options = Peek(reply.head, key::kOptions);
+    const std::string& options = FieldOf(reply.head, key::kOptions);
     ResolveAmountUnit(codeType, code, options, out[key::kAmountUnit], out[key::kVolumeUnit]);
     ResolveHandSize(options, out[key::kHand]);
     CopyUnlessEmpty(reply.local, {kKindOfTransfer, kKindOfTransfer}, out);
@@ -202,7 +202,7 @@ void DataDealBase::OnStockInfo(std::shared_ptr<StockInfoAnswer> answer, StringMa
     if (IsBhjgMarket(out)) {
         out[key::kSupportsProtectedMarketOrder] = "1";
     }
-    if (IsTzmCode(code) && Peek(out, kKindOfTransfer) == "B") {
+    if (IsTzmCode(code) && FieldOf(out, kKindOfTransfer) == "B") {
         out[key::kSupportsProtectedMarketOrder] = "1";
         out[kTzmCode] = "1";
     }

@@ -19,7 +19,6 @@ namespace
 {
 
 using ticket::Key;
-using ticket::Peek;
 namespace key = ticket::key;
 
 constexpr char kStockInfoRequest[] = "1025";
@@ -112,7 +111,7 @@ public:
     {
         static const std::string& type = Key("type");
         if (answer && answer->request && answer->reply &&
-            Peek(answer->request->head, type) == kStockInfoRequest) {
+            FieldOf(answer->request->head, type) == kStockInfoRequest) {
             m_mailbox->Put(std::move(answer));
         }
     }
@@ -189,9 +188,9 @@ void TicketSession::TakeNews()
 
 bool TicketSession::IsForThisTicket(const StockInfoAnswer& answer) const
 {
-    const std::string& code = Peek(m_ticket, key::kStockCode);
-    return !code.empty() && Peek(answer.request->body, kAskedCode) == code &&
-           Peek(answer.request->local, kAskedMarket) == m_askedMarket;
+    const std::string& code = FieldOf(m_ticket, key::kStockCode);
+    return !code.empty() && FieldOf(answer.request->body, kAskedCode) == code &&
+           FieldOf(answer.request->local, kAskedMarket) == m_askedMarket;
 }
 
 void TicketSession::TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer)
@@ -218,9 +217,9 @@ void TicketSession::TellChoices(const StringMap& filled)
     for (auto entry = filled.lower_bound(market + '0'); entry != filled.end() && entry->first < market + ':';
          ++entry) {
         const std::string number = entry->first.substr(market.size());
-        choices[TextToInt(number)] = {entry->second, Peek(filled, "duplicatecode_stockcode" + number),
-                                      Peek(filled, "duplicatecode_marketname" + number),
-                                      Peek(filled, "duplicatecode_stockname" + number)};
+        choices[TextToInt(number)] = {entry->second, FieldOf(filled, "duplicatecode_stockcode" + number),
+                                      FieldOf(filled, "duplicatecode_marketname" + number),
+                                      FieldOf(filled, "duplicatecode_stockname" + number)};
     }
     std::vector<TicketChoice> told;
     for (auto& [number, choice] : choices) {
@@ -232,7 +231,7 @@ void TicketSession::TellChoices(const StringMap& filled)
 bool TicketSession::TakePush(const std::shared_ptr<QuotePushRecord>& push)
 {
     if (m_subscribed.empty() || push->rows.size() != 1 ||
-        Peek(push->rows.front(), key::kStockCode) != MarketCodeKey(m_subscribed.front())) {
+        FieldOf(push->rows.front(), key::kStockCode) != MarketCodeKey(m_subscribed.front())) {
         return false;
     }
     m_rules.OnQuotePush(push, m_ticket);
