@@ -18,9 +18,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <numeric>
-#include <optional>
 #include <thread>
 
 #include "loggers.h"
@@ -183,60 +181,59 @@ Result MeasureApart(const BenchedLogger& logger, const Load& load, const std::st
     return result;
 }
 
-void PrintRaw(const BenchedLogger& logger, const Result& result)
-{
-    std::printf(
-        "  %-32s median %7.0f ns  99 %% %9.0f ns  99.9 %% %9.0f ns  %8.0f lines/s  cpu %6.0f ns/line"
-        "  +%.0f MB\n",
-        logger.name.c_str(), result.medianNs, result.p99Ns, result.p999Ns, result.linesASecond,
-        result.cpuNsALine, result.peakMegabytes);
-}
-
 struct Bounds {
     double median;
     double p99;
     double cost;  // of lines a second, as time a line
     double cpu;
+    double megabytes;
 };
 
-void Compare(const Load& load, const Bounds& bounds, const Options& options)
+// The figures of our logger against one other. The bounds hold against the asynchronous logger alone.
+std::vector<Figure> Rows(const std::string& prefix, const std::string& other, const Bounds& bounds)
 {
-    const std::vector<BenchedLogger> loggers = {panelry::bench::OurLogger(), panelry::bench::SpdlogAsync(),
-                                                panelry::bench::GlogSync(), panelry::bench::BareLoop()};
-    std::printf("%u lines, %u producer(s)%s\n", load.lines, load.producers,
-                load.pauseMicros > 0 ? ", a pause before each" : "");
-    std::map<std::string, std::vector<Figure>> figures;
+    const auto row = [&](const std::string& what, double bound) {
+        return Figure(prefix + what + ", against " + other, "ns", bound);
+    };
+    return {row("caller's median", bounds.median), row("caller's p99", bounds.p99), row("caller's p99.9", 0),
+            row("a line until written", bounds.cost), row("processor time a line", bounds.cpu)};
+}
+
+void AddRatios(std::vector<Figure>& rows, const Result& ours, const Result& other)
+{
+    rows[0].AddRatio(ours.medianNs, other.medianNs);
+    rows[1].AddRatio(ours.p99Ns, other.p99Ns);
+    rows[2].AddRatio(ours.p999Ns, other.p999Ns);
+    rows[3].AddRatio(1e9 / ours.linesASecond, 1e9 / other.linesASecond);
+    rows[4].AddRatio(ours.cpuNsALine, other.cpuNsALine);
+}
+
+void Compare(const std::string& prefix, const Load& load, const Bounds& bounds, const Options& options)
+{
+    const std::vector<BenchedLogger> others = {panelry::bench::SpdlogAsync(), panelry::bench::GlogSync(),
+                                               panelry::bench::BareLoop()};
+    std::vector<std::vector<Figure>> figures;
+    for (const BenchedLogger& other : others) {
+        const bool bounded = figures.empty();
+        figures.push_back(Rows(prefix, other.name, bounded ? bounds : Bounds{}));
+    }
+    Figure memory(prefix + "peak memory, beside spdlog's", "MB", bounds.megabytes);
     for (int round = 0; round < options.rounds; ++round) {
-        std::vector<Result> results;
-        for (const BenchedLogger& logger : loggers) {
-            results.push_back(MeasureApart(logger, load, options.directory));
-            PrintRaw(logger, results.back());
-        }
-        const Result& ours = results.front();
-        for (std::size_t i = 1; i < loggers.size(); ++i) {
-            const bool wanted = i == 1;  // the bounds hold against the asynchronous logger
-            auto& rows = figures[loggers[i].name];
-            if (rows.empty()) {
-                rows.emplace_back("median", "ns", wanted ? bounds.median : 0);
-                rows.emplace_back("99 %", "ns", wanted ? bounds.p99 : 0);
-                rows.emplace_back("99.9 %", "ns", 0);
-                rows.emplace_back("ns a line, until written", "ns", wanted ? bounds.cost : 0);
-                rows.emplace_back("cpu a line", "ns", wanted ? bounds.cpu : 0);
+        const Result ours = MeasureApart(panelry::bench::OurLogger(), load, options.directory);
+        for (std::size_t i = 0; i < others.size(); ++i) {
+            const Result other = MeasureApart(others[i], load, options.directory);
+            AddRatios(figures[i], ours, other);
+            if (i == 0) {
+                memory.AddDifference(ours.peakMegabytes, other.peakMegabytes, ours.peakMegabytes);
             }
-            const Result& other = results[i];
-            rows[0].AddRatio(ours.medianNs, other.medianNs);
-            rows[1].AddRatio(ours.p99Ns, other.p99Ns);
-            rows[2].AddRatio(ours.p999Ns, other.p999Ns);
-            rows[3].AddRatio(1e9 / ours.linesASecond, 1e9 / other.linesASecond);
-            rows[4].AddRatio(ours.cpuNsALine, other.cpuNsALine);
         }
     }
-    for (const auto& [name, rows] : figures) {
-        std::printf("ours against %s:\n", name.c_str());
+    for (const std::vector<Figure>& rows : figures) {
         for (const Figure& row : rows) {
             row.Print();
         }
     }
+    memory.Print();
 }
 
 template <class Number>
@@ -290,8 +287,10 @@ int main(int argc, char* argv[])
     const Options options = ParsedOptions(argc, argv);
     for (const unsigned producers : options.producers) {
         const bool many = producers >= 4;
-        Compare({options.lines, producers, 0}, {0.75, many ? 0.1 : 0.3, many ? 1.0 / 3 : 0.5, 0.5}, options);
+        Compare("Log, " + std::to_string(producers) + (producers == 1 ? " thread, " : " threads, "),
+                {options.lines, producers, 0}, {0.75, many ? 0.1 : 0.3, many ? 1.0 / 3 : 0.5, 0.5, 40},
+                options);
     }
-    Compare({options.pacedLines, 1, 100}, {0.1, 0, 0, 0}, options);
+    Compare("Log, every 100 us, ", {options.pacedLines, 1, 100}, {0.1, 0, 0, 0, 0}, options);
     return 0;
 }

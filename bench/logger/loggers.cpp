@@ -70,7 +70,7 @@ BenchedLogger OurLogger()
 BenchedLogger BareLoop()
 {
     BenchedLogger logger;
-    logger.name = "bare loop";
+    logger.name = "a bare loop";
     logger.leavesFiles = false;
     logger.start = [](const std::string& /*directory*/, std::uint32_t lines) {
         bareLines.resize(lines * kBareLine);

@@ -22,7 +22,9 @@ struct BenchedLogger {
 };
 
 BenchedLogger OurLogger();
+/// Asynchronous, with its policy of blocking callers when its queue is full.
 BenchedLogger SpdlogAsync();
+/// Synchronous.
 BenchedLogger GlogSync();
 /// Formats the same head by hand and pushes a pointer under a mutex; nobody takes it.
 BenchedLogger BareLoop();

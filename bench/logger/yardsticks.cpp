@@ -21,7 +21,7 @@ std::shared_ptr<spdlog::logger> asynchronous;
 BenchedLogger SpdlogAsync()
 {
     BenchedLogger logger;
-    logger.name = "spdlog, asynchronous, blocking";
+    logger.name = "spdlog";
     logger.start = [](const std::string& directory, std::uint32_t /*lines*/) {
         spdlog::init_thread_pool(spdlog::details::default_async_q_size, 1);
         asynchronous = spdlog::basic_logger_mt<spdlog::async_factory>("bench", directory + "/spdlog.log");
@@ -42,7 +42,7 @@ BenchedLogger SpdlogAsync()
 BenchedLogger GlogSync()
 {
     BenchedLogger logger;
-    logger.name = "glog, synchronous";
+    logger.name = "glog";
     logger.start = [](const std::string& directory, std::uint32_t /*lines*/) {
         FLAGS_log_dir = directory;
         FLAGS_stderrthreshold = google::FATAL;
