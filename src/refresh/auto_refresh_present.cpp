@@ -64,6 +64,7 @@ void AutoRefreshPresent::Start()
          std::initializer_list<DataDealBase*>{m_tableForm.get(), m_funds.get(), m_marginFunds.get()}) {
         logic->SetObservers(quoteSide, tradeSide);
     }
+    m_linked = true;
     SubscribeKeys();
     StartTimer(m_afterOrderTimer, ReadSetting("auto_refresh_afterweituo"), &AutoRefreshPresent::FollowUp);
     const int intervalMs = ReadSetting("auto_refresh_interval");
@@ -154,7 +155,7 @@ void AutoRefreshPresent::OnDataPush(const std::string& name, std::shared_ptr<Str
 
 void AutoRefreshPresent::OnFundsPush(std::shared_ptr<StockInfoAnswer> answer)
 {
-    if (m_state->stopped || !answer) {
+    if (m_state->stopped || !m_linked || !answer) {
         return;
     }
     for (DataDealBase* const funds :
@@ -180,7 +181,7 @@ void AutoRefreshPresent::OnLoginState(int state)
 void AutoRefreshPresent::FirstRefresh(bool margin)
 {
     std::atomic<bool>& done = m_state->Account(margin).firstDone;
-    if (!done && m_tableForm->HasAuthority(margin ? kMarginAuthority : kNormalAuthority) &&
+    if (m_linked && !done && m_tableForm->HasAuthority(margin ? kMarginAuthority : kNormalAuthority) &&
         !done.exchange(true)) {
         RefreshAll(margin);
     }

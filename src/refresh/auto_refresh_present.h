@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -39,9 +40,9 @@ public:
     /// Once, after the providers and the settings.
     void Start();
 
-    /// Ends the timers and waits for their tasks and for a worker's call to the provider that is under way;
-    /// after this the providers aren't called from here any more. Harmless when repeated; there is no way
-    /// back.
+    /// Ends the timers and waits for their tasks and for a worker that reads a table; after this nothing of the
+    /// host is called any more but by a callback that the host itself has under way. Harmless when repeated;
+    /// there is no way back.
     void Stop();
 
     /// For the end of a process that didn't stop: the same, but waits two seconds at most and leaves the
@@ -78,6 +79,8 @@ private:
     const std::shared_ptr<TableFormInfo> m_tableForm;
     const std::shared_ptr<ZiJinInfo> m_funds;
     const std::shared_ptr<RzrqZiJinInfo> m_marginFunds;
+    // The three have been given their observers. A provider calls as soon as it is attached, on threads of its own.
+    std::atomic<bool> m_linked{false};
     IntervalTimer m_afterOrderTimer;
     IntervalTimer m_intervalTimer;
 };

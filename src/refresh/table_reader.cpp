@@ -78,15 +78,15 @@ void TableReader::Read(const HostTable& table, QuoteObserver& quoteSide)
     m_state.openOrders.Clear();  // those of the other account too: the last table decides
     const int rows = table.RowCount();
     for (int number = 0; number < rows; ++number) {
-        if (!ReadRow({table, columns, margin, number}, quoteSide)) {
+        if (m_state.stopped) {
             return;
         }
+        ReadRow({table, columns, margin, number}, quoteSide);
     }
     UpdateWatchedCodes(m_state.openOrders.Stocks(), quoteSide);
 }
 
-// False when the end has come in between.
-bool TableReader::ReadRow(const Row& row, QuoteObserver& quoteSide)
+void TableReader::ReadRow(const Row& row, QuoteObserver& quoteSide)
 {
     m_state.Account(row.margin).pending.Erase(row.Cell(row.columns.contract));
     m_oneStock.resize(1);  // the last answer may have emptied it
@@ -95,25 +95,15 @@ bool TableReader::ReadRow(const Row& row, QuoteObserver& quoteSide)
     stock.code = row.Cell(row.columns.code);
     OrderWatch watch;
     watch.key = MarketCodeKey(stock);
-    if (!ResolveMarket(watch.key, quoteSide)) {
-        return false;
+    // The host's own market, where it knows the stock, becomes the first byte of the key.
+    if (quoteSide.ResolveCodeMarkets(m_oneStock) == 0 && !m_oneStock.empty()) {
+        watch.key.front() = static_cast<char>(m_oneStock.front().market);
     }
     watch.direction = m_directions.IsBuy(row.Cell(row.columns.operation)) ? 'B' : 'S';
     m_price = row.Cell(row.columns.price);
     watch.price = static_cast<float>(TextToDouble(m_price));
     watch.isMargin = row.margin;
     m_state.openOrders.Add(std::move(watch), m_price);
-    return true;
-}
-
-// The host's own market, where it knows the stock, becomes the first byte of the key.
-bool TableReader::ResolveMarket(std::string& key, QuoteObserver& quoteSide)
-{
-    const Visit visit(m_state.gate);
-    if (visit && quoteSide.ResolveCodeMarkets(m_oneStock) == 0 && !m_oneStock.empty()) {
-        key.front() = static_cast<char>(m_oneStock.front().market);
-    }
-    return static_cast<bool>(visit);
 }
 
 void TableReader::UpdateWatchedCodes(std::vector<std::string> keys, QuoteObserver& quoteSide)
@@ -135,8 +125,7 @@ void TableReader::Subscribe(const std::vector<std::string>& keys, bool on, Quote
     for (const std::string& key : keys) {
         stocks.push_back({static_cast<std::uint8_t>(key.front()), key.substr(1)});
     }
-    const Visit visit(m_state.gate);
-    if (visit && !stocks.empty()) {
+    if (!m_state.stopped && !stocks.empty()) {
         quoteSide.SubscribeCodes(stocks, on);
     }
 }

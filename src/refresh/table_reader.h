@@ -32,14 +32,14 @@ class TableReader
 public:
     explicit TableReader(RefreshState& state) : m_state(state) {}
 
+    /// To be called within a visit (see VisitGate), which lasts at most a row longer than the end.
     void Read(const HostTable& table, QuoteObserver& quoteSide);
 
 private:
     struct Columns;
     struct Row;
 
-    bool ReadRow(const Row& row, QuoteObserver& quoteSide);
-    bool ResolveMarket(std::string& key, QuoteObserver& quoteSide);
+    void ReadRow(const Row& row, QuoteObserver& quoteSide);
     void UpdateWatchedCodes(std::vector<std::string> keys, QuoteObserver& quoteSide);
     void Subscribe(const std::vector<std::string>& keys, bool on, QuoteObserver& quoteSide);
 

@@ -26,10 +26,14 @@ void RunTableWorker(std::shared_ptr<RefreshState> state, std::weak_ptr<QuoteObse
 {
     TableReader reader(*state);
     state->tables.Work([&](std::shared_ptr<HostTable>& table) {
+        // Let go of behind the visit: if it is the last to hold the presenter, that waits for all visits.
+        const std::shared_ptr<QuoteObserver> side = quoteSide.lock();
+        const Visit visit(state->gate);  // the table too is the host's
+        if (!side || !visit) {
+            return;
+        }
         try {
-            if (const std::shared_ptr<QuoteObserver> side = quoteSide.lock()) {
-                reader.Read(*table, *side);
-            }
+            reader.Read(*table, *side);
         } catch (...) {
             // passed over silently, as a table without its columns
         }

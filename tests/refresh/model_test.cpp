@@ -13,8 +13,12 @@ namespace
 
 constexpr int kStocks = 4;  // the last one has a market that the host corrects
 constexpr int kPrices = 4;
-constexpr const char* kPriceTexts[kPrices] = {"9.50", "10.00", "10.50", "-"};
-constexpr const char* kQuotePrices[kPrices] = {"9.75", "10.25", "10.75", "0.01"};
+struct Price {
+    const char* text;
+    int hundredths;
+};
+constexpr Price kLimits[kPrices] = {{"9.50", 950}, {"10.00", 1000}, {"10.50", 1050}, {"-", 0}};
+constexpr Price kLatest[kPrices] = {{"9.75", 975}, {"10.25", 1025}, {"10.75", 1075}, {"0.01", 1}};
 constexpr const char* kContracts[] = {"", "1", "12", "2"};
 
 struct Order {
@@ -40,7 +44,7 @@ std::string TableWords(const std::vector<Order>& orders)
     for (const Order& order : orders) {
         const int told = order.stock == kStocks - 1 ? 16 : MarketOf(order.stock);
         words += CodeOf(order.stock) + ' ' + std::to_string(told) + (order.buys ? " B " : " S ") +
-                 kPriceTexts[order.price] + ' ' + kContracts[order.contract] + "; ";
+                 kLimits[order.price].text + ' ' + kContracts[order.contract] + "; ";
     }
     return words;
 }
@@ -121,21 +125,17 @@ private:
             order = {Below(kStocks), Below(2) == 1, Below(kPrices), 1 + Below(3)};
             m_accounts[account].pending.erase(order.contract);
         }
-        const std::string words = TableWords(m_orders);
-        m_stage.PushTable(words, account == 1 ? "rzrq_chedan_table" : "chedan_table");
+        m_stage.PushTable(TableWords(m_orders), account == 1 ? "rzrq_chedan_table" : "chedan_table");
         ExpectCodes("codes+", WatchedStocks(), before);
         ExpectCodes("codes-", before, WatchedStocks());
     }
 
     void PushQuote(int stock)
     {
-        static constexpr int kLimits[kPrices] = {950, 1000, 1050, 0};
-        static constexpr int kLatest[kPrices] = {975, 1025, 1075, 1};
-        const int price = Below(kPrices);
-        m_stage.PushQuote(MarketOf(stock), CodeOf(stock), kQuotePrices[price]);
+        const auto& [text, latest] = kLatest[Below(kPrices)];
+        m_stage.PushQuote(MarketOf(stock), CodeOf(stock), text);
         for (const Order& order : m_orders) {
-            const int limit = kLimits[order.price];
-            const int latest = kLatest[price];
+            const int limit = kLimits[order.price].hundredths;
             if (order.stock == stock && (order.buys ? limit > latest : latest > limit)) {
                 m_accounts[m_ordersOf].due = true;
             }
@@ -199,11 +199,7 @@ private:
         m_accounts[account].ready = true;
     }
 
-    std::string Due() const
-    {
-        std::string due = m_accounts[0].due ? "normal" : "";
-        return due + (m_accounts[1].due ? (due.empty() ? "margin" : " margin") : "");
-    }
+    std::string Due() const { return RefreshStage::DueWords(m_accounts[0].due, m_accounts[1].due); }
 
     Stocks WatchedStocks() const
     {

@@ -1,25 +1,8 @@
 // Start and end, the host's callbacks, ticks and follow-ups.
 
-#include "refresh/auto_refresh.h"
 #include "refresh/refresh_stage.h"
 
 using namespace panelry::test;
-
-namespace
-{
-
-constexpr char kKeys[] = "key+ auto_refresh_data, key+ chedan_table, key+ rzrq_chedan_table";
-
-std::shared_ptr<StockInfoAnswer> FundsAnswer()
-{
-    auto answer = std::make_shared<StockInfoAnswer>();
-    answer->request = std::make_shared<ddsdk::TradeRequestParam>();
-    answer->reply = std::make_shared<ddsdk::TradeRequestParam>();
-    answer->request->head["type"] = "5";
-    return answer;
-}
-
-}  // namespace
 
 class PresentTest : public panelry::test::Test
 {
@@ -51,15 +34,21 @@ private Q_SLOTS:
         QCOMPARE(stage.Due(), std::string());
     }
 
+    // A provider may call as soon as it is attached.
     void LoginsOnManyThreadsRefreshOnce()
     {
         for (int round = 0; round < 50; ++round) {
             RefreshStage stage;
             stage.host.m_strings["authority_1"] = "1";
+            const auto login = [&stage](int) {
+                stage.present->OnFundsPush(FundsAnswer());
+                stage.present->OnLoginState(1);
+            };
+            auto early = OnThreads(2, login);
             stage.Start();
-            stage.host.TakeLog();
-            OnThreads(4, [&](int) { stage.present->OnLoginState(1); }).clear();
-            QCOMPARE(stage.host.TakeLog(), std::string(kAllMargin));
+            early.clear();
+            OnThreads(4, login).clear();
+            QCOMPARE(QString::fromStdString(stage.host.TakeLog()).count(QStringLiteral("rzrq_funds")), 1);
         }
     }
 
@@ -77,11 +66,23 @@ private Q_SLOTS:
         QCOMPARE(stage.host.TakeLog(), std::string("set zijin_data_rzrq_0, set zijin_data_rzrq_1"));
     }
 
-    // Nobody would take what is queued, and nothing may grow.
+    // Nobody would take what is queued, and nothing may grow. The follow-up has a timer of its own, and no table takes
+    // a contract away from it.
     void WithoutAnIntervalNothingIsWatched()
     {
         for (const char* const interval : {"", "0", "-5", "soon"}) {
-            WatchNothing(interval);
+            RefreshStage stage;
+            stage.Set("auto_refresh_interval", interval);
+            stage.Start();
+            QCOMPARE(stage.host.TakeLog(),
+                     std::string("key+ auto_refresh_data, key+ chedan_table, key+ rzrq_chedan_table"));
+            stage.PushData({{"htbh", "7"}});
+            const auto table = Orders("chedan_table", "600000 16 B 10 7");
+            stage.present->OnTableChanged("chedan_table", table);
+            stage.present->OnQuotePush(Quote(16, "600000", "9"));
+            QCOMPARE(table.use_count(), 1L);
+            QCOMPARE(stage.present->State().quotes.Backlog(), std::uint64_t{0});
+            QCOMPARE(stage.FollowUpLog(), std::string("chedan_table"));
         }
     }
 
@@ -123,61 +124,32 @@ private Q_SLOTS:
         QCOMPARE(stage.host.TakeLog(), std::string());
     }
 
-    // A provider may keep its subscriber for ever.
-    void AStoppedPresenterIsDeaf()
+    // The table is the host's: nobody reads on in it when Stop() has returned, and what waited behind it is let go.
+    void TheEndWaitsForTheTableInHand()
     {
-        RefreshStage stage;
-        stage.host.m_strings["authority_0"] = "1";
-        stage.Start();
+        std::atomic<bool> reading{false};
+        std::atomic<bool> over{false};
+        std::atomic<bool> late{false};
+        StartedStage stage;
+        const auto table = Orders("chedan_table", "600000 16 B 10 1; 600001 16 B 10 2");
+        table->m_onCell = [&] {
+            reading = true;
+            while (!stage.present->State().stopped) {
+                std::this_thread::yield();
+            }
+            for (int turn = 0; turn < 100; ++turn) {
+                std::this_thread::yield();
+            }
+            late = late || over;
+        };
+        stage.present->OnTableChanged("chedan_table", table);
+        stage.present->OnTableChanged("chedan_table", table);
+        QTRY_VERIFY_WITH_TIMEOUT(reading, 60'000);
         stage.present->Stop();
-        stage.host.TakeLog();
-        const auto table = Orders("chedan_table", "600000 16 B 10 1");
         stage.present->OnTableChanged("chedan_table", table);
-        stage.present->OnQuotePush(Quote(16, "600000", "9"));
-        stage.PushData({{"chedan", "1"}, {"htbh", "1"}});
-        stage.present->OnLoginState(0);
-        stage.present->OnFundsPush(FundsAnswer());
-        QCOMPARE(stage.TickLog() + stage.FollowUpLog(), std::string());
-        QCOMPARE(table.use_count(), 1L);
-        QCOMPARE(stage.Due(), std::string());
-    }
-
-    void TheServiceIsAShellRoundThePresenter()
-    {
-        Settings()["system"] = {{"auto_refresh_interval", RefreshStage::kNever}};
-        FakeHost host;
-        AutoRefresh& service = *AutoRefresh::Instance(true);
-        service.SetProviders(static_cast<QuoteProvider*>(&host), static_cast<TradeProvider*>(&host));
-        QCOMPARE(host.TakeLog(), std::string());
-        service.Start();
-        QCOMPARE(host.TakeLog(), std::string(kKeys));
-        QCOMPARE(service.GetWidget(), nullptr);
-        service.OnMessage(102, nullptr);
-        AutoRefresh::Destroy();
-        QCOMPARE(AutoRefresh::Instance(false), nullptr);
-        host.LetGo();
-        AutoRefresh::Instance(true)->Start();  // without providers
-        AutoRefresh::Destroy();
-    }
-
-private:
-    static void WatchNothing(const char* interval)
-    {
-        RefreshStage stage;
-        stage.Set("auto_refresh_interval", interval);
-        stage.Start();
-        QCOMPARE(stage.host.TakeLog(), std::string(kKeys));
-        const auto table = Orders("chedan_table", "600000 16 B 10 7");
-        for (int i = 0; i < 100; ++i) {
-            stage.present->OnTableChanged("chedan_table", table);
-            stage.present->OnQuotePush(Quote(16, "600000", "9"));
-        }
-        QCOMPARE(table.use_count(), 1L);
-        QCOMPARE(stage.present->State().quotes.Backlog(), std::uint64_t{0});
-        // The follow-up has a timer of its own, and no table takes a contract away.
-        stage.PushData({{"htbh", "7"}});
-        stage.present->OnTableChanged("chedan_table", table);
-        QCOMPARE(stage.FollowUpLog(), std::string("chedan_table"));
+        over = true;
+        QTRY_COMPARE_WITH_TIMEOUT(table.use_count(), 1L, 60'000);
+        QVERIFY(!late);
     }
 };
 

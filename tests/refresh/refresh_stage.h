@@ -151,7 +151,7 @@ inline constexpr char kSellWord[] = "\xC2\xF4\xB3\xF6";  // sell
 
 /// A table of cancellable orders out of words: "CODE MARKET B|S PRICE CONTRACT; ...". A price "-" is empty.
 /// Anything else than B and S is the host's text for the direction.
-inline std::shared_ptr<HostTable> Orders(const std::string& name, const std::string& words,
+inline std::shared_ptr<FakeTable> Orders(const std::string& name, const std::string& words,
                                          std::vector<std::string> columns = {"2135", "2102", "2109", "2127",
                                                                              "32009"})
 {
@@ -176,6 +176,16 @@ inline std::shared_ptr<QuotePushRecord> Quote(int market, const std::string& cod
     record->rows.push_back(
         {{"stockcode", MarketCodeKey({static_cast<std::uint8_t>(market), code})}, {"latest_price", price}});
     return record;
+}
+
+/// An answer of the normal account's funds.
+inline std::shared_ptr<StockInfoAnswer> FundsAnswer()
+{
+    auto answer = std::make_shared<StockInfoAnswer>();
+    answer->request = std::make_shared<ddsdk::TradeRequestParam>();
+    answer->reply = std::make_shared<ddsdk::TradeRequestParam>();
+    answer->request->head["type"] = "5";
+    return answer;
 }
 
 /// Does the work on so many threads, all at once.
@@ -242,12 +252,15 @@ public:
         present->OnDataPush("auto_refresh_data", std::make_shared<StringMap>(map));
     }
 
-    /// "normal", "margin", both or neither.
+    /// "normal", "margin", "normal margin" or nothing.
+    static std::string DueWords(bool normal, bool margin)
+    {
+        return std::string(normal ? "normal" : "") + (normal && margin ? " " : "") + (margin ? "margin" : "");
+    }
     std::string Due() const
     {
         const auto& state = present->State();
-        std::string due = state.normalAccount.refreshDue ? "normal" : "";
-        return due + (state.marginAccount.refreshDue ? (due.empty() ? "margin" : " margin") : "");
+        return DueWords(state.normalAccount.refreshDue, state.marginAccount.refreshDue);
     }
 
     std::string TickLog()

@@ -54,24 +54,22 @@ std::vector<std::shared_ptr<QuotePushRecord>> QuotesAt(const char* price)
 
 }  // namespace
 
-// The other forms end here, but for those of over-aligned types, which stay among themselves.
-void* operator new(std::size_t size)
-{
-    void* const memory = std::malloc(size);
-    if (!memory) {
-        throw std::bad_alloc();
-    }
-    heapBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
-    return memory;
-}
-// A sanitizer's own one would not come by here.
+// The other forms end here, but for those of over-aligned types, which stay among themselves. A sanitizer's own one
+// would not come by here.
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept
 {
-    try {
-        return operator new(size);
-    } catch (const std::bad_alloc&) {
-        return nullptr;
+    void* const memory = std::malloc(size);
+    if (memory) {
+        heapBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
     }
+    return memory;
+}
+void* operator new(std::size_t size)
+{
+    if (void* const memory = operator new(size, std::nothrow)) {
+        return memory;
+    }
+    throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept
 {
@@ -166,6 +164,7 @@ private:
         static const auto news = std::make_shared<StringMap>(StringMap{{"htbh", "1"}, {"chedan", "1"}});
         auto host = std::make_unique<FakeHost>();
         host->m_inside = [](const std::string&) { std::this_thread::yield(); };
+        host->m_strings = {{"authority_0", "1"}, {"authority_1", "1"}};
         AutoRefresh::Instance(true)->SetProviders(static_cast<QuoteProvider*>(host.get()),
                                                   static_cast<TradeProvider*>(host.get()));
         const std::shared_ptr<AutoRefreshPresent> present = host->Present();
@@ -195,6 +194,10 @@ private:
         std::string trouble = host->CallsUnderWay() == 0 ? "" : "a call was under way; ";
         host->TakeLog();
         waitFor(100);
+        present->OnLoginState(0);
+        present->OnFundsPush(FundsAnswer());
+        present->Tick();
+        present->FollowUp();
         trouble += host->TakeLog();  // nothing may come any more
         host->LetGo();
         return trouble;
