@@ -27,6 +27,14 @@ QString At(int x, int y)
     return QStringLiteral(" (%1, %2)").arg(x).arg(y);
 }
 
+QString WheelText(const mouse_wheel_event_data& wheel)
+{
+    const bool sideways = wheel.direction == WHEEL_HORIZONTAL_DIRECTION;
+    const QString back = sideways ? QStringLiteral("滚轮向左") : QStringLiteral("滚轮向上");
+    const QString forth = sideways ? QStringLiteral("滚轮向右") : QStringLiteral("滚轮向下");
+    return (wheel.rotation < 0 ? back : forth) + At(wheel.x, wheel.y);
+}
+
 QString MouseText(const mouse_event_data& mouse, const QString& what)
 {
     return ButtonName(mouse.button) + what + At(mouse.x, mouse.y);
@@ -45,11 +53,8 @@ QString EventText(const uiohook_event& event)
             return MouseText(event.data.mouse, QStringLiteral("按下"));
         case EVENT_MOUSE_RELEASED:
             return MouseText(event.data.mouse, QStringLiteral("松开"));
-        case EVENT_MOUSE_WHEEL: {
-            const mouse_wheel_event_data& wheel = event.data.wheel;
-            return (wheel.rotation < 0 ? QStringLiteral("滚轮向上") : QStringLiteral("滚轮向下")) +
-                   At(wheel.x, wheel.y);
-        }
+        case EVENT_MOUSE_WHEEL:
+            return WheelText(event.data.wheel);
         default:
             return QStringLiteral("事件 %1").arg(event.type);
     }

@@ -70,6 +70,9 @@ void PrintError(const char* what, Operation operation)
 struct HookManager::Listening {
     panelry::HookRegistrations registrations;
     std::atomic<std::int64_t> lastAlive{NowMs()};
+    std::atomic<bool> probing{false};
+
+    bool IsBusy() const { return registrations.Delivering() || probing; }
 };
 
 // Where the hook thread finds who listens: the hook may outlive the manager, and events carry no context.
@@ -176,12 +179,23 @@ void HookManager::OnHookEvent(uiohook_event* event)
     }
 }
 
+// False when the process is ending: libuiohook closes its connection to the display then.
+bool HookManager::Probe()
+{
+    m_listening->probing = true;  // before the look: who ends the process sees it
+    const bool wanted = TheSlot().Get() == m_listening;
+    if (wanted) {
+        PostProbe();
+    }
+    m_listening->probing = false;
+    return wanted;
+}
+
 void HookManager::Watch()
 {
-    if (TheSlot().Get() != m_listening) {
-        return;  // the process is ending
+    if (!Probe()) {
+        return;
     }
-    PostProbe();
     // The probe is heard on the hook thread, as a rule a moment after this look.
     if (NowMs() - m_listening->lastAlive > m_timing.patience.count()) {
         Stop();
@@ -193,8 +207,9 @@ void HookManager::EndForExit()
 {
     const std::shared_ptr<Listening> listening = TheSlot().Set(nullptr);
     HookRunner::EndForExit();
-    // A module that is being called may keep its thread for as long as it likes, but not the process.
-    for (int ms = 0; listening && listening->registrations.Delivering() && ms < 200; ++ms) {
+    // A module that is being called may keep its thread for as long as it likes, a display the probe, but not the
+    // process.
+    for (int ms = 0; listening && listening->IsBusy() && ms < 200; ++ms) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }

@@ -62,7 +62,8 @@ public:
     /// libuiohook calls it with every event, on the hook thread. `event` is valid during the call.
     static void OnHookEvent(uiohook_event* event);
 
-    /// At the end of the process, on any thread: no module hears anything any more, and the hook is ended.
+    /// At the end of the process, on any thread: no module hears anything any more, no probe is posted, and the
+    /// hook is ended.
     static void EndForExit();
 
 private:
@@ -71,6 +72,7 @@ private:
     class Slot;
 
     static Slot& TheSlot();
+    bool Probe();
     void Watch();
 
     const panelry::HookTiming m_timing;

@@ -155,9 +155,7 @@ std::shared_ptr<const HookRegistrations::Road> HookRegistrations::RoadOf(int typ
         road->version = m_version;
         if (const auto listeners = m_typeListeners.find(type); listeners != m_typeListeners.end()) {
             for (ModuleBase* const module : listeners->second) {
-                const auto filter = m_keyFilters.find(module);
-                const bool filtered = filter != m_keyFilters.end() && !filter->second->empty();
-                road->receivers.push_back({module, filtered ? filter->second : nullptr});
+                road->receivers.push_back(ReceiverOf(module));
             }
         }
         kept = std::move(road);
@@ -165,12 +163,23 @@ std::shared_ptr<const HookRegistrations::Road> HookRegistrations::RoadOf(int typ
     return kept;
 }
 
-bool HookRegistrations::Listens(ModuleBase* module, int type)
+// With the lock held.
+HookRegistrations::Receiver HookRegistrations::ReceiverOf(ModuleBase* module) const
+{
+    const auto filter = m_keyFilters.find(module);
+    const bool filtered = filter != m_keyFilters.end() && !filter->second->empty();
+    return {module, filtered ? filter->second : nullptr};
+}
+
+// As the tables are now; nobody when the module listens no more.
+HookRegistrations::Receiver HookRegistrations::StillListening(ModuleBase* module, int type) const
 {
     const std::lock_guard guard(m_lock);
     const auto listeners = m_typeListeners.find(type);
-    return listeners != m_typeListeners.end() &&
-           std::find(listeners->second.begin(), listeners->second.end(), module) != listeners->second.end();
+    const bool listens =
+        listeners != m_typeListeners.end() &&
+        std::find(listeners->second.begin(), listeners->second.end(), module) != listeners->second.end();
+    return listens ? ReceiverOf(module) : Receiver{};
 }
 
 void HookRegistrations::DeliverPlain(uiohook_event* event)
@@ -198,9 +207,12 @@ void HookRegistrations::Deliver(uiohook_event* event, Hears hears)
     ++m_event;  // before the look into the tables: who changes them later sees it
     const HookRegistrations* const outer = std::exchange(DeliveringHere, this);
     const std::shared_ptr<const Road> road = RoadOf(event->type);
-    for (const Receiver& receiver : road->receivers) {
-        // A module may have taken out one that comes behind it.
-        if (hears(receiver) && (road->version == m_version || Listens(receiver.module, event->type))) {
+    for (const Receiver& known : road->receivers) {
+        // A module may have taken out one that comes behind it, or given it another list.
+        const bool same = road->version == m_version;
+        const Receiver changed = same ? Receiver{} : StillListening(known.module, event->type);
+        const Receiver& receiver = same ? known : changed;
+        if (receiver.module && hears(receiver)) {
             receiver.module->OnMessage(kHookEvent, event);
         }
     }

@@ -54,7 +54,7 @@ public:
 private:
     using Combinations = std::vector<std::string>;
     struct Receiver {
-        ModuleBase* module;
+        ModuleBase* module = nullptr;
         std::shared_ptr<const Combinations> only;  // null: everything
     };
     // What the tables say of one type. Made when an event comes, dropped when the tables change.
@@ -64,13 +64,14 @@ private:
     };
 
     std::shared_ptr<const Road> RoadOf(int type);
+    Receiver ReceiverOf(ModuleBase* module) const;
     template <class Hears>
     void Deliver(uiohook_event* event, Hears hears);
-    bool Listens(ModuleBase* module, int type);
+    Receiver StillListening(ModuleBase* module, int type) const;
     void TablesChanged();
     void WaitForDelivery() const;
 
-    std::mutex m_lock;  // guards the next three
+    mutable std::mutex m_lock;  // guards the next three
     std::unordered_map<int, std::vector<ModuleBase*>> m_typeListeners;
     std::unordered_map<ModuleBase*, std::shared_ptr<const Combinations>> m_keyFilters;
     std::unordered_map<int, std::shared_ptr<const Road>> m_roads;

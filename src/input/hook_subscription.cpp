@@ -82,9 +82,7 @@ void HookSubscription::Take(const void* payload)
         return;
     }
     m_taken.push_back(*static_cast<const uiohook_event*>(payload));
-    if (m_taken.size() == 1) {
-        QCoreApplication::postEvent(this, new QEvent(TakenEvent()));
-    }
+    QCoreApplication::postEvent(this, new QEvent(TakenEvent()));
 }
 
 bool HookSubscription::event(QEvent* event)
@@ -92,14 +90,15 @@ bool HookSubscription::event(QEvent* event)
     if (event->type() != TakenEvent()) {
         return QObject::event(event);
     }
-    std::deque<uiohook_event> taken;
+    // One for each that was posted: an event loop inside the handler goes on where this one stands.
+    uiohook_event taken{};
     {
         const std::lock_guard guard(m_lock);
-        taken.swap(m_taken);
+        taken = m_taken.front();
+        m_taken.pop_front();
     }
-    for (const uiohook_event& one : taken) {
-        m_handler(one);
-    }
+    const Handler handler = m_handler;  // a copy: the module may die in it
+    handler(taken);
     return true;
 }
 

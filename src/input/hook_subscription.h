@@ -18,7 +18,8 @@ namespace panelry
 /// Keys and mouse actions from the whole desktop, for one module, handed over to the application thread.
 ///
 /// Message 119 comes on the hook thread, holds up the library while it is served, and carries a record that is
-/// good during the call only. So Take() keeps a copy, and the handler gets it from the event loop, in order.
+/// good during the call only. So Take() keeps a copy, and the handler gets it from the event loop, in order. The
+/// handler may run an event loop of its own, and may destroy the subscription.
 ///
 /// Ownership: refers to the module, which keeps it as a member. The module's library and the process's hook hold
 ///   nothing of it.

@@ -101,6 +101,9 @@ int FakeHook::Stop()
 
 void FakeHook::Post(const uiohook_event& event)
 {
+    if (const std::function<void()> posting = Get(m_posting)) {
+        posting();
+    }
     const std::lock_guard guard(m_lock);
     m_posted.push_back(event);
     if (m_echoes && m_up > 0) {

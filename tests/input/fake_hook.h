@@ -6,6 +6,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <utility>
 
 namespace panelry::test
 {
@@ -60,6 +61,8 @@ public:
     void SetAnswers(bool answers) { Set(m_answers, answers); }
     /// A hook that has died silently: what is posted doesn't come back.
     void SetEchoes(bool echoes) { Set(m_echoes, echoes); }
+    /// Runs inside each post of an event, on the thread that posts.
+    void SetPosting(std::function<void()> posting) { Set(m_posting, std::move(posting)); }
     /// The hook stays up when it is told to end.
     void SetObeys(bool obeys) { Set(m_obeys, obeys); }
 
@@ -77,11 +80,11 @@ private:
         const std::lock_guard guard(m_lock);
         return member;
     }
-    template <class T>
-    void Set(T& member, T value)
+    template <class T, class Value>
+    void Set(T& member, Value value)
     {
         const std::lock_guard guard(m_lock);
-        member = value;
+        member = std::move(value);
         m_changed.notify_all();
     }
 
@@ -103,6 +106,7 @@ private:
     std::uint64_t m_dispatched = 0;
     std::deque<uiohook_event> m_queue;
     std::deque<uiohook_event> m_posted;
+    std::function<void()> m_posting;
 };
 
 }  // namespace panelry::test

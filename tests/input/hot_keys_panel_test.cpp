@@ -33,7 +33,10 @@ void SendAll()
     Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_B));
     Send(KeyEvent(EVENT_KEY_RELEASED, 0, VC_A));
     Send(KeyEvent(EVENT_KEY_RELEASED, 0, VC_B));
-    Send(MouseEvent(EVENT_MOUSE_WHEEL));
+    uiohook_event wheel = MouseEvent(EVENT_MOUSE_WHEEL);
+    wheel.data.wheel.rotation = -1;
+    wheel.data.wheel.direction = WHEEL_HORIZONTAL_DIRECTION;
+    Send(wheel);
 }
 
 InstanceInfo Info()
@@ -127,7 +130,7 @@ private Q_SLOTS:
         scene.Check("releases", true);
         scene.Check("mouse", true);
         SendAll();
-        QCOMPARE(scene.Arrived(), QStringLiteral("按下 a / 按下 ctrl+shift+f5 / 松开 a / 滚轮向下 (0, 0)"));
+        QCOMPARE(scene.Arrived(), QStringLiteral("按下 a / 按下 ctrl+shift+f5 / 松开 a / 滚轮向左 (0, 0)"));
 
         scene.Check("releases", false);
         scene.Check("mouse", false);

@@ -132,6 +132,31 @@ private Q_SLOTS:
         QCOMPARE(codes.size(), std::size_t{4});
         QCOMPARE(stage.log, QString());  // it has unregistered the module
     }
+
+    // As a hot key that opens a dialog, and one that closes its own panel.
+    void AHandlerMayRunAnEventLoopAndEndItsSubscription()
+    {
+        Stage stage;
+        stage.Play(QStringLiteral("a7"));
+        std::vector<int> codes;
+        std::unique_ptr<panelry::HookSubscription> subscription;
+        subscription =
+            std::make_unique<panelry::HookSubscription>(stage['a'], [&](const uiohook_event& event) {
+                codes.push_back(event.data.keyboard.keycode);
+                if (codes.size() == 1) {
+                    QCoreApplication::processEvents();
+                } else if (codes.size() == 3) {
+                    subscription.reset();
+                }
+            });
+        for (const int code : {VC_A, VC_B, VC_C, VC_D}) {
+            const uiohook_event event = KeyEvent(EVENT_KEY_PRESSED, 0, code);
+            subscription->Take(&event);
+        }
+        // The loop inside the first one hears the next two; the last dies with the subscription.
+        QCoreApplication::processEvents();
+        QCOMPARE(codes, (std::vector<int>{VC_A, VC_B, VC_C}));
+    }
 };
 
 PANELRY_TEST(HotKeyRoutingTest)
