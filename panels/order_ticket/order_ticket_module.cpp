@@ -49,6 +49,7 @@ void OrderTicketModule::ConnectWidget()
         m_tellStock = true;
         Open(code.toStdString(), {});
     });
+    QObject::connect(widget, &OrderTicketWidget::CodeLeft, widget, [this] { Close(); });
     QObject::connect(widget, &OrderTicketWidget::ChoicePicked, widget, [this](int row) {
         if (row >= 0 && row < static_cast<int>(m_choices.size())) {
             const TicketChoice choice = m_choices[static_cast<std::size_t>(row)];
@@ -104,6 +105,17 @@ void OrderTicketModule::Open(const std::string& code, const std::string& market)
     m_session->Open({{"stockcode", code}, {"market", market}, {"type", side}, {"czlb", side}});
 }
 
+void OrderTicketModule::Close()
+{
+    m_code.clear();
+    m_priceSettled.stop();
+    if (m_session) {
+        m_session->Close();
+    }
+    m_widget->EndTicket();
+    m_widget->ShowStatus(QStringLiteral("请输入代码"));
+}
+
 void OrderTicketModule::OnTicketChanged(TicketNews news)
 {
     if (!m_widget) {
@@ -121,6 +133,7 @@ void OrderTicketModule::OnTicketChanged(TicketNews news)
     }
     m_widget->ShowStatus(face.market + QLatin1Char(' ') + code + QLatin1Char(' ') + face.name);
     OfferPrice();
+    AskUsable();  // the answer's own quantity is for no price in particular
     TellStock();
 }
 
@@ -190,13 +203,17 @@ void OrderTicketModule::Step(bool price, int steps)
     if (!m_session) {
         return;
     }
-    StringMap& ticket = m_session->Ticket();
+    const StringMap& ticket = m_session->Ticket();
+    const std::string step = Value(ticket, price ? "price_step" : "amount_step");
+    if (step.empty()) {
+        return;  // no stock yet: a price would lose its decimals
+    }
     if (price) {
         m_widget->SetPrice(
-            Stepped(m_widget->Price(), ticket["price_step"], steps, TextToInt(ticket["price_decimal"])));
+            Stepped(m_widget->Price(), step, steps, TextToInt(Value(ticket, "price_decimal"))));
         m_priceSettled.start();
     } else {
-        m_widget->SetAmount(Stepped(m_widget->Amount(), ticket["amount_step"], steps, 0));
+        m_widget->SetAmount(Stepped(m_widget->Amount(), step, steps, 0));
     }
 }
 

@@ -39,6 +39,7 @@ public:
 private:
     void ConnectWidget();
     void Open(const std::string& code, const std::string& market);
+    void Close();
     void OfferPrice();
     void AskUsable();
     void FillAmount(const QString& money);

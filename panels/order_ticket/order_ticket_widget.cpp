@@ -163,6 +163,8 @@ void OrderTicketWidget::ConnectFields()
     connect(m_code, &QLineEdit::textEdited, this, [this](const QString& code) {
         if (code.size() == kCodeLength) {
             EnterCode();
+        } else if (!m_enteredCode.isEmpty()) {
+            Q_EMIT CodeLeft();  // or the order would be for another stock than the one that is read
         }
     });
     // What was asked was asked of the order as it stood.
@@ -202,12 +204,18 @@ void OrderTicketWidget::Select(QLineEdit* field)
 
 void OrderTicketWidget::StartTicket(const QString& code)
 {
+    EndTicket();
     m_enteredCode = code;
     m_code->setText(code);
+}
+
+void OrderTicketWidget::EndTicket()
+{
+    m_enteredCode.clear();
     for (QLineEdit* const field : {m_price, m_amount, m_money}) {
         field->clear();
     }
-    HideNotice();
+    DropNotice();
     m_right->setCurrentWidget(m_book);
     ShowFace({});
 }

@@ -38,6 +38,8 @@ public:
 
     /// A ticket for `code` begins: the fields are emptied.
     void StartTicket(const QString& code);
+    /// There is no ticket any more: all but the code is emptied.
+    void EndTicket();
     /// The ticket has changed.
     void ShowFace(const TicketFace& face);
     void ShowChoices(const std::vector<TicketChoice>& choices);
@@ -61,6 +63,7 @@ public:
 
 Q_SIGNALS:
     void CodeEntered(const QString& code);
+    void CodeLeft();  ///< what stands in the field isn't the ticket's code any more
     void ChoicePicked(int row);
     void SideChanged();
     void PriceChanged();  ///< by the user

@@ -97,7 +97,9 @@ QString PlainQuantity(const std::string& quantity)
 QString Stepped(const QString& text, const std::string& step, int steps, int decimals)
 {
     const double moved = TextToDouble(text.toStdString()) + steps * TextToDouble(step);
-    return QString::fromStdString(FixedText(std::max(0.0, moved), decimals));
+    const std::size_t point = std::min(step.find('.'), step.size() - 1);
+    const int ofStep = step.empty() ? 0 : static_cast<int>(step.size() - 1 - point);
+    return QString::fromStdString(FixedText(std::max(0.0, moved), std::max(decimals, ofStep)));
 }
 
 }  // namespace panelry

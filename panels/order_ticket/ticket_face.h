@@ -46,7 +46,8 @@ QString TicketMarketName(const std::string& market);
 /// A quantity without the decimals that mean nothing: "1200.000000" is "1200".
 QString PlainQuantity(const std::string& quantity);
 
-/// `text` moved by `steps` times `step` and printed with `decimals`; never below 0.
+/// `text` moved by `steps` times `step`; never below 0. Printed with `decimals`, or with those of `step` where
+/// it has more.
 QString Stepped(const QString& text, const std::string& step, int steps, int decimals);
 
 }  // namespace panelry

@@ -116,7 +116,7 @@ void DataDealBase::CheckOrder(StringMap& order, StringMap& result)
     } else if (IsProtectedLimitSupported(order)) {
         tip = LimitOrderTip(order);
     }
-    result[kTip] = tip + BeyondLimitsTip(order, price);
+    result[kTip] = tip + BeyondLimitsTip(order, price);  // of market orders too
 
     if (BreaksStarRule(order, amount)) {
         Refuse(result, kStarRule);

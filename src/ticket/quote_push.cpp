@@ -24,6 +24,7 @@ const std::string& kOpeningPrice = Key("opening_price");
 bool IsQuoteOfOneStock(const QuotePushRecord& push)
 {
     const auto type = push.head.find(kType);
+    // The repeated code's number may be anything, "0" too: that it is there counts.
     return type != push.head.end() && (type->second == kSnapshot || type->second == kChange) &&
            !push.head.contains(kRepeatedCode) && push.rows.size() == 1;
 }

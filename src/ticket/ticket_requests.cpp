@@ -92,12 +92,12 @@ void FillLocal(StringMap& ticket, StringMap& local)
     if (ticket.contains("cangwei")) {
         local["local_cal_cangwei"] = "1";
         local["cangwei"] = ticket["cangwei"];
-        local["price"] = ticket[key::kPrice];
+        local["price"] = ticket[key::kPrice];  // an empty one too, unlike in the body
     }
     CopyIfPresent(ticket, "multiplecode_transparent", local);
     local["local_market"] = ticket[key::kMarket];
     CopyIfPresent(ticket, key::kUsableOnly, local);
-    CopyIfPresent(ticket, key::kMargin, local);
+    CopyIfPresent(ticket, key::kMargin, local);  // a second time: it goes in the body too
 }
 
 }  // namespace

@@ -25,7 +25,8 @@ constexpr char kStockInfoRequest[] = "1025";
 constexpr std::size_t kMostNews = 32;  // of either kind, in the mailbox
 
 const std::string& kAskedCode = Key("zqdm");
-const std::string& kAskedMarket = Key("local_market");
+// A key of the caller's own that comes back with the answer: the number of the request stands there.
+const std::string& kRequestNumber = Key("local_request_type");
 
 }  // namespace
 
@@ -143,23 +144,27 @@ void TicketSession::Open(StringMap fields)
 {
     Close();
     m_ticket = std::move(fields);
+    m_ticket[kRequestNumber] = IntText(++m_requests);
     m_rules.RequestStockInfo(m_ticket);
-    m_askedMarket = m_ticket[key::kMarket];  // it may have been corrected
 }
 
 void TicketSession::Close()
 {
     Unsubscribe();
     m_ticket.clear();
-    m_askedMarket.clear();
+    m_usableRequest.clear();
 }
 
 void TicketSession::AskUsableAmount(const std::string& price)
 {
+    const bool answered = m_ticket.contains(key::kPushFlag);
+    if (!answered || m_ticket[key::kStockCode].empty()) {
+        return;
+    }
     StringMap asked = m_ticket;  // the mark that this question carries stays out of the ticket
     asked[key::kPrice] = price;
+    m_usableRequest = asked[kRequestNumber] = IntText(++m_requests);
     m_rules.RequestUsableAmount(asked);
-    m_askedMarket = asked[key::kMarket];
 }
 
 void TicketSession::TakeNews()
@@ -186,11 +191,13 @@ void TicketSession::TakeNews()
     }
 }
 
+// By its number: an answer for the other side, or for a price before, has another usable quantity. And by its
+// stock: a host may tell everybody's answers to everybody, and each session counts for itself.
 bool TicketSession::IsForThisTicket(const StockInfoAnswer& answer) const
 {
-    const std::string& code = FieldOf(m_ticket, key::kStockCode);
-    return !code.empty() && FieldOf(answer.request->body, kAskedCode) == code &&
-           FieldOf(answer.request->local, kAskedMarket) == m_askedMarket;
+    const std::string& number = FieldOf(answer.request->local, kRequestNumber);
+    return FieldOf(answer.request->body, kAskedCode) == FieldOf(m_ticket, key::kStockCode) &&
+           !number.empty() && (number == FieldOf(m_ticket, kRequestNumber) || number == m_usableRequest);
 }
 
 void TicketSession::TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -57,8 +58,10 @@ public:
 ///         void OnCodeTyped(const std::string& code) { m_session->Open({{"stockcode", code}, {"czlb", "B"}}); }
 ///         void OnTicketChanged(TicketNews) override { Show(m_session->Ticket()); }
 ///
-/// Answers and pushes for a stock that is no longer open are dropped. Of what comes faster than the panel
-/// takes them the oldest are dropped too: each is complete in itself.
+/// Answers and pushes for a ticket that is no longer open are dropped, and so are answers about a usable
+/// quantity that has been asked for anew: the session numbers its requests in "local_request_type", and the
+/// host gives a request's `local` back unchanged. Of what comes faster than the panel takes them the oldest are
+/// dropped too: each is complete in itself.
 ///
 /// Ownership: owns everything but the providers, which are the host's, and the listener; both must outlive it.
 ///   A provider may hold the observers longer; they are deaf then.
@@ -81,7 +84,8 @@ public:
     /// Ends the ticket: the map becomes empty and nothing more is told until the next Open().
     void Close();
 
-    /// Asks how much can be traded at `price`; the answer is told as TicketNews::UsableAmount.
+    /// Asks how much can be traded at `price`; the answer is told as TicketNews::UsableAmount. Nothing is asked
+    /// before the stock's own answer is there, nor for a code that the host doesn't know.
     void AskUsableAmount(const std::string& price);
 
     /// The ticket as it stands. A panel may write into it what its user enters ("price", "amount", "mmlb",
@@ -103,7 +107,8 @@ private:
     TicketListener& m_listener;
     DataDealBase m_rules;
     StringMap m_ticket;
-    std::string m_askedMarket;
+    std::int64_t m_requests = 0;           // sent so far; they are numbered from 1 on
+    std::string m_usableRequest;           // number of the latest question for the usable quantity
     std::vector<MarketCode> m_subscribed;  // none or one
     std::unique_ptr<QObject> m_receiver;   // in it the mailbox's events arrive
     std::shared_ptr<TicketMailbox> m_mailbox;

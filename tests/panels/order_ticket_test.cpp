@@ -103,6 +103,22 @@ private Q_SLOTS:
         QTRY_COMPARE(stage.Widget().StatusText(), QStringLiteral("深圳 000001 演示平安"));
     }
 
+    void ACodeThatIsLeftLeavesNoOrderBehind()
+    {
+        TicketStage stage;
+        stage.TypeCode(QStringLiteral("600000"));
+        QTest::keyClick(&stage.Field("code"), Qt::Key_Backspace);
+        QCOMPARE(stage.Label("latest") + stage.Label("steps") + stage.Widget().Price(), QString());
+        stage.Type("price", QStringLiteral("10.05"));
+        QTest::keyClick(&stage.Field("price"), Qt::Key_Up);  // there is no step
+        QCOMPARE(stage.Widget().Price(), QStringLiteral("10.05"));
+        stage.Type("amount", QStringLiteral("100"));
+        stage.Press("order");
+        QCOMPARE(stage.Widget().NoticeText(), QStringLiteral("请输入代码！"));
+        QTest::keyClicks(&stage.Field("code"), QStringLiteral("0"));  // the same once more
+        QTRY_VERIFY(stage.Widget().StatusText().contains(QStringLiteral("演示银行")));
+    }
+
     void OnlyWhatIsTypedAndKnownIsToldTheOtherPanels()
     {
         TicketStage stage;
@@ -118,6 +134,7 @@ private Q_SLOTS:
     {
         TicketStage stage;
         stage.TypeCode(QStringLiteral("600000"));
+        QTRY_COMPARE(stage.Label("usable"), QStringLiteral("可买 49850 股"));  // at 10.03
         stage.Type("money", QStringLiteral("25000"));
         QCOMPARE(stage.Widget().Amount(), QStringLiteral("2400"));  // at 10.03
         QTest::keyClick(&stage.Field("amount"), Qt::Key_Down);
@@ -126,6 +143,13 @@ private Q_SLOTS:
         QCOMPARE(stage.Widget().Amount() + QLatin1Char(' ') + stage.Widget().Price(),
                  QStringLiteral("2300 10.05"));
         QTRY_COMPARE(stage.Label("usable"), QStringLiteral("可买 49751 股"));  // 500000 at 10.05
+    }
+
+    void AStepOfTheHostsOwnMayBeFinerThanItsPrices()
+    {
+        QCOMPARE(Stepped(QStringLiteral("10.03"), "0.005", 1, 2), QStringLiteral("10.035"));
+        QCOMPARE(Stepped(QStringLiteral("10.03"), "0.05", -1, 2), QStringLiteral("9.98"));
+        QCOMPARE(Stepped(QString(), "100", -1, 0), QStringLiteral("0"));
     }
 
     void AnOrderIsChecked_data()

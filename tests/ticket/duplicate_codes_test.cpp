@@ -17,27 +17,27 @@ using panelry::ticket::FindCodeChoice;
 namespace
 {
 
-QString Found(const std::string& text)
+QByteArray Found(const std::string& text)
 {
-    const auto choice = FindCodeChoice(text);
-    std::string words = choice ? "" : "none";
-    if (choice) {
+    QByteArrayList parts;
+    if (const auto choice = FindCodeChoice(text)) {
         for (const auto part : {choice->market, choice->code, choice->marketName, choice->stockName}) {
-            words += std::string(part) + '/';
+            parts << QByteArray::fromStdString(std::string(part));
         }
     }
-    return QString::fromLatin1(words.c_str());
+    return parts.join('/');
 }
 
-QString FoundByExpression(const std::string& text)
+QByteArray FoundByExpression(const std::string& text)
 {
     static const std::regex expression("([^\r\n'=&, ]+),([^\r\n'=&,]+),([^\r\n'=&, ]+),([^\r\n'=&,]+)");
-    std::smatch parts;
-    std::string words = std::regex_search(text, parts, expression) ? "" : "none";
-    for (std::size_t part = 1; part < parts.size(); ++part) {
-        words += parts[part].str() + '/';
+    std::smatch match;
+    QByteArrayList parts;
+    std::regex_search(text, match, expression);
+    for (std::size_t part = 1; part < match.size(); ++part) {
+        parts << QByteArray::fromStdString(match[part].str());
     }
-    return QString::fromLatin1(words.c_str());
+    return parts.join('/');
 }
 
 }  // namespace
@@ -90,9 +90,9 @@ private Q_SLOTS:
             for (int length = random.bounded(24); length > 0; --length) {
                 text += letters[static_cast<std::size_t>(random.bounded(static_cast<int>(letters.size())))];
             }
-            const QString expected = FoundByExpression(text);
+            const QByteArray expected = FoundByExpression(text);
             QVERIFY2(Found(text) == expected, text.c_str());
-            hits += expected != QLatin1String("none");
+            hits += !expected.isEmpty();
         }
         QVERIFY(hits > 300);
     }
@@ -100,8 +100,8 @@ private Q_SLOTS:
     void ATextWithoutEndOverflowsNothing()
     {
         const std::string text(100'000, 'a');
-        QCOMPARE(Found(text), QStringLiteral("none"));
-        QVERIFY(Found("1,2,3," + text).startsWith(QLatin1String("1/2/3/aaa")));
+        QCOMPARE(Found(text), "");
+        QCOMPARE(Found("1,2,3," + text).size(), 100'006);
     }
 
     void Candidates()

@@ -7,21 +7,18 @@
 namespace
 {
 
-// The place of a virtual operation in the class's table, by the layout of the platform's member pointers: one
-// more than its distance in bytes. The destructor has the first two places.
-template <class Operation>
-int PlaceOf(Operation operation)
-{
-    static_assert(sizeof operation == 2 * sizeof(std::ptrdiff_t));
-    std::ptrdiff_t words[2];
-    std::memcpy(words, &operation, sizeof words);
-    return static_cast<int>((words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
-}
-
+// The places of virtual operations in the class's table, by the layout of the platform's member pointers: one
+// more than the distance in bytes. The destructor has the first two places.
 template <class... Operations>
-QList<int> PlacesOf(Operations... operations)
+QList<std::ptrdiff_t> PlacesOf(Operations... operations)
 {
-    return {PlaceOf(operations)...};
+    const auto place = [](auto operation) {
+        std::ptrdiff_t words[2];
+        static_assert(sizeof operation == sizeof words);
+        std::memcpy(words, &operation, sizeof words);
+        return (words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+    };
+    return {place(operations)...};
 }
 
 }  // namespace
@@ -34,7 +31,7 @@ private Q_SLOTS:
     void OperationsKeepTheirPlaces()
     {
         using D = DataDealBase;
-        const QList<int> places = PlacesOf(
+        const QList<std::ptrdiff_t> places = PlacesOf(
             &D::ReservedHookA, &D::OnQuotePush, &D::RequestStockInfo, &D::RequestUsableAmount,
             &D::ReservedHookB, &D::ReservedHookC, &D::FillCancelRequest, &D::ReservedHook,
             &D::FillTableRefreshRequest, &D::QueryFunds, &D::QueryPositions, &D::QueryDeals, &D::QueryOrders,
@@ -49,7 +46,7 @@ private Q_SLOTS:
             &D::ListCodeCandidates, &D::ResolveDuplicateCodes);
         QCOMPARE(places.size(), 48);
         for (int operation = 0; operation < places.size(); ++operation) {
-            QCOMPARE(places[operation], operation + 2);
+            QCOMPARE(places[operation], std::ptrdiff_t{operation} + 2);
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "observers/fake_providers.h"
@@ -26,17 +27,41 @@ inline std::shared_ptr<HostTable> TextTable(const QByteArray& text)
     return std::make_shared<FakeTable>("table", lines[0], FakeTable::Rows(lines.begin() + 1, lines.end()));
 }
 
-/// Keeps what is sent.
-class KeepingTradeProvider : public FakeTradeProvider
+/// An answer of the three maps of request and reply.
+struct AnswerText {
+    QByteArray requestBody, requestLocal, head, body, local;
+
+    std::shared_ptr<StockInfoAnswer> Make() const
+    {
+        using ddsdk::TradeRequestParam;
+        auto answer = std::make_shared<StockInfoAnswer>();
+        answer->request = std::make_shared<TradeRequestParam>(
+            TradeRequestParam{{{"type", "1025"}}, Fields(requestBody), Fields(requestLocal)});
+        answer->reply =
+            std::make_shared<TradeRequestParam>(TradeRequestParam{Fields(head), Fields(body), Fields(local)});
+        return answer;
+    }
+};
+
+/// Keeps what is sent, and answers when the test wants it, on a thread of its own, as hosts do.
+class LateTradeProvider : public FakeTradeProvider
 {
 public:
     int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
                          std::shared_ptr<ddsdk::TradeRequestParam> request) override
     {
-        m_sent.push_back(request);
-        return FakeTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
+        m_subscriber = std::move(subscriber);
+        m_sent.push_back(std::move(request));
+        return 0;
+    }
+    void Answer(std::size_t request, const AnswerText& text)
+    {
+        const std::shared_ptr<StockInfoAnswer> answer = text.Make();
+        answer->request = m_sent.at(request);
+        std::thread([&] { m_subscriber->OnFundsPush(answer); }).join();
     }
 
+    std::shared_ptr<TradeObserver> m_subscriber;
     std::vector<std::shared_ptr<ddsdk::TradeRequestParam>> m_sent;
 };
 
@@ -98,25 +123,9 @@ public:
     }
 
     KnowingQuoteProvider m_quote;
-    KeepingTradeProvider m_trade;
+    LateTradeProvider m_trade;
     std::shared_ptr<PairOfObservers> m_sides = std::make_shared<PairOfObservers>();
     DataDealBase m_rules;
-};
-
-/// An answer of the three maps of request and reply.
-struct AnswerText {
-    QByteArray requestBody, requestLocal, head, body, local;
-
-    std::shared_ptr<StockInfoAnswer> Make() const
-    {
-        using ddsdk::TradeRequestParam;
-        auto answer = std::make_shared<StockInfoAnswer>();
-        answer->request = std::make_shared<TradeRequestParam>(
-            TradeRequestParam{{{"type", "1025"}}, Fields(requestBody), Fields(requestLocal)});
-        answer->reply =
-            std::make_shared<TradeRequestParam>(TradeRequestParam{Fields(head), Fields(body), Fields(local)});
-        return answer;
-    }
 };
 
 }  // namespace panelry::test

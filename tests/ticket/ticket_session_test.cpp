@@ -16,26 +16,6 @@ using panelry::test::Unlike;
 namespace
 {
 
-// Answers when the test wants it, on a thread of its own, as hosts do.
-class LateTrades : public test::KeepingTradeProvider
-{
-public:
-    int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
-                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
-    {
-        m_subscriber = subscriber;
-        return KeepingTradeProvider::SendTradeRequest(subscriber, std::move(request));
-    }
-    void Answer(std::size_t request, const AnswerText& text)
-    {
-        const std::shared_ptr<StockInfoAnswer> answer = text.Make();
-        answer->request = m_sent.at(request);
-        std::thread([&] { m_subscriber->OnFundsPush(answer); }).join();
-    }
-
-    std::shared_ptr<TradeObserver> m_subscriber;
-};
-
 class LateQuotes : public test::KnowingQuoteProvider
 {
 public:
@@ -65,12 +45,13 @@ const StringMap kStock = Fields("stockcode=600000 market=17");
 class Panel : public TicketListener
 {
 public:
-    Panel() = default;
-    // With the answer of `stock` in it already.
-    explicit Panel(const StringMap& stock)
+    // Has asked for the bank and, `answered`, been told.
+    explicit Panel(bool answered = false)
     {
-        m_session->Open(stock);
-        Heard([this] { m_trades.Answer(0, kBank); });
+        m_session->Open(kStock);
+        if (answered) {
+            Heard([this] { m_trades.Answer(0, kBank); });
+        }
     }
 
     void OnTicketChanged(TicketNews news) override
@@ -105,7 +86,7 @@ public:
     }
 
     LateQuotes m_quotes;
-    LateTrades m_trades;
+    test::LateTradeProvider m_trades;
     std::optional<TicketSession> m_session{std::in_place, &m_quotes, &m_trades, *this};
     QByteArray m_heard;
     std::string m_choices;
@@ -123,7 +104,6 @@ private Q_SLOTS:
     void AnAnswerFillsTheTicketOnThePanelsThread()
     {
         Panel panel;
-        panel.m_session->Open(Fields("stockcode=600000 market=17 czlb=B"));
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "stock ");
         QVERIFY(panel.m_onPanelsThread);
         QCOMPARE(Unlike(panel.m_session->Ticket(),
@@ -134,9 +114,10 @@ private Q_SLOTS:
 
     void AnswersThatAreNotForThisTicketAreDropped()
     {
-        for (const char* next : {"stockcode=600001 market=17", "stockcode=600000 market=33"}) {
+        // Of another stock, another market, another side.
+        for (const char* next : {"stockcode=600001 market=17", "stockcode=600000 market=33",
+                                 "stockcode=600000 market=17 czlb=S"}) {
             Panel panel;
-            panel.m_session->Open(kStock);
             panel.m_session->Open(Fields(next));
             QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "");
             QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kBank); }), "stock ");
@@ -148,7 +129,6 @@ private Q_SLOTS:
     void AnswersToOtherRequestsAndIncompleteOnesAreNotTaken()
     {
         Panel panel;
-        panel.m_session->Open(kStock);
         panel.m_trades.m_sent[0]->head["type"] = "5";
         panel.m_trades.Answer(0, kBank);
         panel.m_trades.m_subscriber->OnFundsPush(nullptr);
@@ -158,7 +138,7 @@ private Q_SLOTS:
 
     void PushesOfTheStockAreToldOnceForMany()
     {
-        Panel panel(kStock);
+        Panel panel(true);
         for (int i = 0; i < 1000; ++i) {
             panel.m_quotes.Push(kPush + QByteArray::number(i));
         }
@@ -173,39 +153,49 @@ private Q_SLOTS:
 
     void TheUsableAmountIsAskedAndComesAlone()
     {
-        Panel panel(kStock);
+        Panel panel(true);
         panel.m_session->AskUsableAmount("9.99");
-        QCOMPARE(Unlike(panel.m_trades.m_sent.at(1)->body, "wt_price=9.99 zqdm=600000"), QString());
+        panel.m_session->AskUsableAmount("9.98");
+        QCOMPARE(Unlike(panel.m_trades.m_sent.at(2)->body, "wt_price=9.98 zqdm=600000"), QString());
         AnswerText answer = kBank;
         answer.body = "wtsl=200";
-        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, answer); }), "usable ");
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(2, answer); }), "usable ");
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kBank); }), "");  // for a price that has gone
         QCOMPARE(Unlike(panel.m_session->Ticket(), "usable_amount=200 !local_cx_wtsl"), QString());
+    }
+
+    void BeforeItsStockIsKnownATicketAsksForNoUsableAmount()
+    {
+        Panel panel;
+        panel.m_session->AskUsableAmount("9.99");
+        panel.Heard([&] { panel.m_trades.Answer(0, {}); });  // nothing: such a stock there is none
+        panel.m_session->AskUsableAmount("9.99");
+        panel.m_session->Close();
+        panel.m_session->AskUsableAmount("9.99");
+        QCOMPARE(panel.m_trades.m_sent.size(), std::size_t{1});
     }
 
     void AnAmbiguousCodeIsToldAsChoices()
     {
         Panel panel;
-        panel.m_session->Open(Fields("stockcode=000001"));
         AnswerText answer;
         answer.local =
             "dup=2000000000 s1=11,000001,SH,index s10=21,000001,SZ,\xc6\xbd s2=22,000001,SZ,two s3=none";
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, answer); }), "choices ");
         QCOMPARE(panel.m_choices, std::string("17:index 34:two 33:平 "));
-        QCOMPARE(Unlike(panel.m_session->Ticket(), "stockcode=000001 !duplicatecode_count"), QString());
+        QCOMPARE(Unlike(panel.m_session->Ticket(), "stockcode=600000 !duplicatecode_count"), QString());
     }
 
     void MalformedMasksAreAProblemAndNoEnd()
     {
         Panel panel;
         panel.m_trades.m_strings["Json_TZM_SBA"] = std::make_shared<std::string>("(");
-        panel.m_session->Open(kStock);
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "problem ");
     }
 
     void ASessionMayEndInsideItsNewsAndUnderDeliveries()
     {
         Panel panel;
-        panel.m_session->Open(kStock);
         panel.m_endAfterNews = true;
         panel.m_trades.Answer(0, kBank);
         panel.m_trades.Answer(0, kBank);
@@ -217,7 +207,6 @@ private Q_SLOTS:
 
         for (int round = 0; round < 50; ++round) {
             Panel busy;
-            busy.m_session->Open(kStock);
             const auto answer = kBank.Make();
             answer->request = busy.m_trades.m_sent.at(0);
             std::atomic<bool> stop{false};
