@@ -100,12 +100,16 @@ HostTableModel::Content HostTableModel::Read(const HostTable* table) const
     return content;
 }
 
+// A host may write in either script.
 QVariant HostTableModel::DirectionColor(const QString& operation) const
 {
-    if (operation.contains(QStringLiteral("买"))) {
+    const auto says = [&operation](const QString& simplified, const QString& traditional) {
+        return operation.contains(simplified) || operation.contains(traditional);
+    };
+    if (says(QStringLiteral("买"), QStringLiteral("買"))) {
         return m_colors.rise;
     }
-    return operation.contains(QStringLiteral("卖")) ? QVariant(m_colors.fall) : QVariant();
+    return says(QStringLiteral("卖"), QStringLiteral("賣")) ? QVariant(m_colors.fall) : QVariant();
 }
 
 int HostTableModel::RowOf(const std::string& key) const

@@ -43,6 +43,20 @@ public:
         }
     }
 
+    // What the host has had all along. News that have come since the subscription are newer.
+    void LeaveKnown(const std::string& name, const std::shared_ptr<HostTable>& table)
+    {
+        if (table) {
+            Leave([&](News& news) { news.tables.try_emplace(name, table); });
+        }
+    }
+    void LeaveKnown(const std::string& name, const std::shared_ptr<StringMap>& map)
+    {
+        if (map) {
+            Leave([&](News& news) { news.maps.try_emplace(name, map); });
+        }
+    }
+
     News Take()
     {
         const std::lock_guard guard(m_lock);
@@ -102,7 +116,7 @@ void TradeLink::FollowTable(const std::string& name)
 {
     if (m_observer) {
         m_observer->SubscribeKey(name, true);
-        m_observer->OnTableChanged(name, m_observer->GetTable(name));
+        m_observer->LeaveKnown(name, m_observer->GetTable(name));
     }
 }
 
@@ -110,7 +124,7 @@ void TradeLink::FollowMap(const std::string& name)
 {
     if (m_observer) {
         m_observer->SubscribeKey(name, true);
-        m_observer->OnDataPush(name, m_observer->GetStringMap(name));
+        m_observer->LeaveKnown(name, m_observer->GetStringMap(name));
     }
 }
 

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <thread>
 
+#include "base/host_text.h"
 #include "funds/funds_module.h"
 #include "holdings/holdings_spec.h"
 #include "host_tables/host_table_view.h"
@@ -55,8 +56,12 @@ public:
     }
     std::shared_ptr<HostTable> GetTable(const std::string& name) override
     {
-        const auto table = m_tables.find(name);
-        return table == m_tables.end() ? nullptr : table->second;
+        const auto found = m_tables.find(name);
+        const std::shared_ptr<HostTable> table = found == m_tables.end() ? nullptr : found->second;
+        if (m_lookedUp) {
+            m_lookedUp(name);
+        }
+        return table;
     }
 
     void Publish(std::shared_ptr<HostTable> table)
@@ -75,6 +80,7 @@ public:
 
     int m_result = 0;
     std::function<void(std::shared_ptr<TradeObserver>, std::shared_ptr<ddsdk::TradeRequestParam>)> m_answer;
+    std::function<void(const std::string&)> m_lookedUp;  // runs before the caller has his answer
     std::map<std::string, std::shared_ptr<HostTable>> m_tables;
 
 private:
@@ -238,6 +244,27 @@ private Q_SLOTS:
         stage.m_module->SetProviders(nullptr, static_cast<TradeProvider*>(&stage.m_account));
         stage.Start(R"({"page":"1"})");
         QCOMPARE(stage.Shown(1), QStringLiteral("11 12 13"));
+        // What comes while the panel looks is newer than what it sees.
+        stage.m_account.m_lookedUp = [&stage](const std::string& name) {
+            if (name == "weituo_table") {
+                stage.m_account.Publish(std::make_shared<FakeTable>(name, kOrderColumns, FakeTable::Rows{}));
+            }
+        };
+        stage.m_module->SetProviders(nullptr, static_cast<TradeProvider*>(&stage.m_account));
+        stage.Start(R"({"page":"1"})");
+        QCOMPARE(stage.Shown(1), QString());
+    }
+
+    void DirectionsAreReadInTheHostsCodePage()
+    {
+        QVERIFY(SetHostEncoding("Big5"));
+        PanelStage stage;
+        stage.Publish(std::make_shared<FakeTable>(
+            "chedan_table", std::vector<std::string>{"2109", "2135"},
+            FakeTable::Rows{{"\xB6\x52\xB6\x69", "1"}, {"\xBD\xE6\xA5\x58", "2"}}));
+        SetHostEncoding(kDefaultHostEncoding);
+        QCOMPARE(stage.Cell(0, "操作", Qt::ForegroundRole).value<QColor>(), TableColors().rise);
+        QCOMPARE(stage.Cell(1, "操作", Qt::ForegroundRole).value<QColor>(), TableColors().fall);
     }
 
     void RowsAreSortedByWhatTheyMean()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -30,6 +31,9 @@ public:
     int RowCount() const override { return static_cast<int>(m_rows.size()); }
     const char* CellText(int row, int column) const override
     {
+        if (m_onCell) {
+            m_onCell();
+        }
         return m_rows.at(static_cast<std::size_t>(row)).at(static_cast<std::size_t>(column)).c_str();
     }
     int FindColumn(const char* columnId) const override
@@ -37,6 +41,8 @@ public:
         const auto found = std::find(m_columns.begin(), m_columns.end(), columnId);
         return found == m_columns.end() ? -1 : static_cast<int>(found - m_columns.begin());
     }
+
+    std::function<void()> m_onCell;  // runs as a cell is read; set before somebody does
 
 private:
     const std::string m_name;

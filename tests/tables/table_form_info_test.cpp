@@ -39,17 +39,16 @@ StringMap MapOf(const QString& words)
 void Ask(DataDealBase& form, const QString& what, const std::shared_ptr<TradeRequestParam>& request,
          StringMap& parameters)
 {
-    if (what == QStringLiteral("cancel")) {
-        return form.FillCancelRequest(request, parameters);
+    static const std::map<QString, void (DataDealBase::*)(StringMap&)> queries{
+        {QStringLiteral("positions"), &DataDealBase::QueryPositions},
+        {QStringLiteral("deals"), &DataDealBase::QueryDeals},
+        {QStringLiteral("orders"), &DataDealBase::QueryOrders},
+        {QStringLiteral("cancelable"), &DataDealBase::QueryCancelableOrders}};
+    if (const auto query = queries.find(what); query != queries.end()) {
+        return (form.*query->second)(parameters);
     }
-    if (what == QStringLiteral("refresh")) {
-        return form.FillTableRefreshRequest(request, parameters);
-    }
-    const auto query = what == QStringLiteral("positions") ? &DataDealBase::QueryPositions
-                       : what == QStringLiteral("deals")   ? &DataDealBase::QueryDeals
-                       : what == QStringLiteral("orders")  ? &DataDealBase::QueryOrders
-                                                           : &DataDealBase::QueryCancelableOrders;
-    (form.*query)(parameters);
+    what == QStringLiteral("cancel") ? form.FillCancelRequest(request, parameters)
+                                     : form.FillTableRefreshRequest(request, parameters);
 }
 
 }  // namespace
