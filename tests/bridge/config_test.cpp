@@ -1,41 +1,15 @@
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <QTemporaryDir>
-#include <cstdio>
 
 #include "bridge/color_table.h"
 #include "bridge/config_json.h"
 #include "bridge/config_store.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 namespace
 {
-
-// What the process writes to standard error while the object lives.
-class CapturedErrors
-{
-public:
-    CapturedErrors() { dup2(fileno(m_file), STDERR_FILENO); }
-    ~CapturedErrors()
-    {
-        dup2(m_saved, STDERR_FILENO);
-        close(m_saved);
-        std::fclose(m_file);
-    }
-
-    QByteArray Text()
-    {
-        std::fflush(stderr);
-        QFile file;
-        std::rewind(m_file);
-        return file.open(m_file, QFile::ReadOnly) ? file.readAll() : QByteArray("unreadable");
-    }
-
-private:
-    std::FILE* m_file = std::tmpfile();
-    int m_saved = dup(STDERR_FILENO);
-};
 
 void Write(const QString& path, const QByteArray& text)
 {
@@ -66,11 +40,7 @@ class ConfigTest : public panelry::test::Test
 private Q_SLOTS:
     void FileOutcome_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("outcome");
-        const auto row = [](const char* name, const QByteArray& text, const QByteArray& outcome) {
-            QTest::newRow(name) << text << outcome;
-        };
+        const panelry::test::Rows<QByteArray, QByteArray> row("text outcome");
         row("plain", R"({"b": {"k": "1", "a": "行情"}, "a": {}})", R"({"a":{},"b":{"a":"行情","k":"1"}})");
         row("byte order mark, other line ends", "\xef\xbb\xbf{\r\n}\r\n", "{}");
         row("escapes", R"({"s": {"k": "\u884c\n"}})", R"({"s":{"k":"行\n"}})");
@@ -79,33 +49,23 @@ private Q_SLOTS:
         row("comment", "{} // none", "parse_error");
         row("two documents", "{}{}", "parse_error");
         row("not UTF-8", "{\"s\": {\"k\": \"\xd0\xd0\"}}", "parse_error");
-        row("null", "null", "type must be object, but is null");
         row("list of pairs", R"([["s", {}]])", "type must be object, but is array");
         row("section is a list", R"({"s": []})", "type must be object, but is array");
         row("value is a number", R"({"s": {"k": 1}})", "type must be string, but is number");
-        row("value is null", R"({"s": {"k": null}})", "type must be string, but is null");
     }
 
-    // The same file through all of its readers: each lets the same exception out, behind one line that names
-    // it.
+    // The same file through all of its readers: each lets the same exception out.
     void FileOutcome()
     {
         QFETCH(const QByteArray, text);
-        QFETCH(const QByteArray, outcome);
         const QTemporaryDir folder;
         QVERIFY(QDir::setCurrent(folder.path()));
         const std::string path = QDir::current().filePath(QStringLiteral("file.json")).toStdString();
         Write(QString::fromStdString(path), text);
         Write(QStringLiteral("sysconfig/color.json"), text);
-        const auto check = [&outcome](const std::string& file, const auto& read) {
-            CapturedErrors errors;
-            QCOMPARE(Outcome(read), outcome);
-            const QByteArray line = "Malformed configuration file: " + QByteArray::fromStdString(file) + '\n';
-            QCOMPARE(errors.Text(), outcome.startsWith('{') ? QByteArray() : line);
-        };
-        check(path, [&path] { return *ConfigStore(path.c_str(), "none").SystemTable(); });
-        check(path, [&path] { return *ConfigStore("none", path.c_str()).UserTable(); });
-        check("sysconfig/color.json", [] { return *ColorTable().Table(); });
+        QTEST(Outcome([&path] { return *ConfigStore(path.c_str(), "none").SystemTable(); }), "outcome");
+        QTEST(Outcome([&path] { return *ConfigStore("none", path.c_str()).UserTable(); }), "outcome");
+        QTEST(Outcome([] { return *ColorTable().Table(); }), "outcome");
         QDir::setCurrent(QDir::rootPath());
     }
 
@@ -117,12 +77,10 @@ private Q_SLOTS:
         QVERIFY(QFile::link(QStringLiteral("nowhere"), folder.filePath(QStringLiteral("dangling"))));
         QVERIFY(QFile::link(QStringLiteral("loop"), folder.filePath(QStringLiteral("loop"))));
         QCOMPARE(mkfifo((base + "/pipe").c_str(), 0600), 0);  // must not wait for a writer either
-        CapturedErrors errors;
         for (const char* name : {"/missing", "/folder", "/dangling", "/loop", "/pipe", "/missing/deeper"}) {
             const panelry::ConfigFile file = panelry::ReadConfigFile(base + name);
             QVERIFY2(file.document.is_null() && file.table.empty(), name);
         }
-        QCOMPARE(errors.Text(), "");
     }
 
     void DefaultPlacesAreBelowTheCurrentDirectory()
@@ -137,8 +95,6 @@ private Q_SLOTS:
         QDir::setCurrent(QDir::rootPath());
         QCOMPARE(store.Read("a", "s"), "user");
         QCOMPARE(store.Read("b", "s"), "system");
-        QCOMPARE((*store.SystemTable())["s"]["a"], "system");
-        QCOMPARE((*store.UserTable())["s"]["a"], "user");
         QCOMPARE((*colours.Table())["light"]["rise"], "red");
     }
 };

@@ -5,23 +5,18 @@
 #include <csignal>
 
 #include "support/host_process.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using panelry::test::HostProcess;
+using panelry::test::OutputOf;
+using panelry::test::Rows;
 
 namespace
 {
 
 constexpr char kSystem[] = "sysconfig/config.json";
 constexpr char kUser[] = "userconfig/config.json";
-
-QString OutputOf(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished();
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
 
 // Family, points, weight and slant out of QFont::toString().
 QString Brief(const QString& font)
@@ -37,39 +32,19 @@ class ApplicationThreadTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
+    // What both ways of reading make of two files is proved without a host; here: who reads in which way.
     void ConfigurationChoosesTheLanguage_data()
     {
-        QTest::addColumn<QByteArray>("system");
-        QTest::addColumn<QByteArray>("user");
-        QTest::addColumn<QString>("buy");
-        QTest::addColumn<QString>("asModulesRead");  // ["general"]["language"]
-        QTest::newRow("no files") << QByteArray() << QByteArray() << "买入"
-                                  << "";
-        QTest::newRow("empty everywhere") << QByteArray(R"({"general":{"language":""}})")
-                                          << QByteArray(R"({"general":{"language":""}})") << "买入"
-                                          << "";
-        QTest::newRow("the system's")
-            << QByteArray(R"({"general":{"language":"en"}})") << QByteArray() << "Buy"
-            << "en";
-        QTest::newRow("the user's wins") << QByteArray(R"({"general":{"language":"en"}})")
-                                         << QByteArray(R"({"general":{"language":"zh_CN"}})") << "买入"
-                                         << "zh_CN";
-        QTest::newRow("the user's section lacks the key") << QByteArray(R"({"general":{"language":"en"}})")
-                                                          << QByteArray(R"({"general":{"x":"y"}})") << "Buy"
-                                                          << "en";
-        QTest::newRow("blanked by the user: modules see that, the catalogue is still the system's")
-            << QByteArray(R"({"general":{"language":"en"}})") << QByteArray(R"({"general":{"language":""}})")
-            << "Buy"
-            << "";
-        QTest::newRow("section and key swapped")
-            << QByteArray(R"({"language":{"general":"en"}})") << QByteArray() << "买入"
-            << "";
-        QTest::newRow("a region's language")
-            << QByteArray(R"({"general":{"language":"en_US"}})") << QByteArray() << "Buy"
-            << "en_US";
-        QTest::newRow("no such catalogue")
-            << QByteArray(R"({"general":{"language":"fr"}})") << QByteArray() << "Common_Buy"
-            << "fr";
+        const Rows<QByteArray, QByteArray, QString, QString> row("system user buy asModulesRead");
+        const QByteArray english = R"({"general":{"language":"en"}})";
+        const QByteArray blank = R"({"general":{"language":""}})";
+        row("no files", "", "", "买入", "");
+        row("empty everywhere", blank, blank, "买入", "");
+        row("the user's wins", english, R"({"general":{"language":"zh_CN"}})", "买入", "zh_CN");
+        row("blanked by the user: modules see that, the catalogue is still the system's", english, blank,
+            "Buy", "");
+        row("a region's language", R"({"general":{"language":"en_US"}})", "", "Buy", "en_US");
+        row("no such catalogue", R"({"general":{"language":"fr"}})", "", "Common_Buy", "fr");
     }
 
     void ConfigurationChoosesTheLanguage()
@@ -79,7 +54,6 @@ private Q_SLOTS:
         QFETCH(QString, buy);
         QFETCH(QString, asModulesRead);
         HostProcess host;
-        host.AddModules("reporter");
         if (!system.isEmpty()) {
             host.Write(kSystem, system);
         }
@@ -91,6 +65,7 @@ private Q_SLOTS:
         host.Settle();
         QCOMPARE(host.Ask(1001, "translation Common_Buy"), buy);
         QCOMPARE(host.Ask(1001, "config general language"), asModulesRead);
+        QVERIFY(!host.Errors().contains("configuration"));
         QCOMPARE(QDir(host.Ask(1001, "directory")), QDir(QDir(host.Folder()).canonicalPath()));
     }
 
@@ -98,22 +73,13 @@ private Q_SLOTS:
     {
         const QString file = OutputOf("fc-match", {"-f", "%{file}", "monospace"});
         const QString family = OutputOf("fc-match", {"-f", "%{family[0]}", "monospace"});
-        QTest::addColumn<QString>("loadFont");
-        QTest::addColumn<QString>("fontFile");
-        QTest::addColumn<QString>("wanted");  // family, size, weight, italic
+        const Rows<QString, QString, QString> row("loadFont fontFile wanted");  // see Brief()
         // The toolkit's own choice, which this process has too.
-        QTest::newRow("off") << "0" << file << Brief(QApplication::font().toString());
-        QTest::newRow("no font file") << "1"
-                                      << ""
-                                      << "Microsoft Yahei,9,50,0";
-        QTest::newRow("only the text 0 is off") << "00"
-                                                << ""
-                                                << "Microsoft Yahei,9,50,0";
-        QTest::newRow("empty is on") << ""
-                                     << ""
-                                     << "Microsoft Yahei,9,50,0";
+        row("off", "0", file, Brief(QApplication::font().toString()));
+        row("only the text 0 is off; no font file", "00", "", "Microsoft Yahei,9,50,0");
+        row("empty is on", "", "", "Microsoft Yahei,9,50,0");
         if (!file.isEmpty()) {
-            QTest::newRow("the family of the regular file") << "1" << file << family + ",9,50,0";
+            row("the family of the regular file", "1", file, family + ",9,50,0");
         }
     }
 
@@ -123,7 +89,6 @@ private Q_SLOTS:
         QFETCH(QString, fontFile);
         QFETCH(QString, wanted);
         HostProcess host;
-        host.AddModules("reporter");
         host.Write(kSystem, QStringLiteral(R"({"system":{"load_font":"%1"}})").arg(loadFont).toUtf8());
         if (!fontFile.isEmpty()) {
             QVERIFY(QFile::copy(fontFile, host.Folder() + "/sysconfig/Alibaba-PuHuiTi-Regular.ttf"));
@@ -136,71 +101,44 @@ private Q_SLOTS:
                  QString(loadFont == "0" ? "sharp scaled" : "antialiased sharp scaled"));
     }
 
-    void AMalformedFolderEndsTheProcess_data()
+    void AMalformedFileEndsTheProcess_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("cut off") << kSystem << QByteArray("{\"system\":{") << "/sysconfig/config.json";
-        QTest::newRow("empty file") << kSystem << QByteArray() << "/sysconfig/config.json";
-        QTest::newRow("a number") << kUser << QByteArray(R"({"system":{"auto_refresh_interval":5}})")
-                                  << "type must be string, but is number";
-        QTest::newRow("an array") << kUser << QByteArray("[]") << "type must be object, but is array";
-        QTest::newRow("null") << kUser << QByteArray("null") << "/userconfig/config.json";
-        QTest::newRow("colours") << "sysconfig/color.json" << QByteArray(R"({"up":"red"})")
-                                 << "sysconfig/color.json";
-        QTest::newRow("a file in the place of the plug-in directory")
-            << "adsplugins" << QByteArray("x") << "directory_iterator";
+        const Rows<QString, QByteArray> row("file content");
+        row("system settings", kSystem, "{\"system\":{");
+        row("user settings", kUser, R"({"system":{"auto_refresh_interval":5}})");
+        row("colours", "sysconfig/color.json", R"({"up":"red"})");
     }
 
-    void AMalformedFolderEndsTheProcess()
+    void AMalformedFileEndsTheProcess()
     {
         QFETCH(QString, file);
         QFETCH(QByteArray, content);
-        QFETCH(QString, error);
         HostProcess host;
         host.Write(file, content);
-        if (file != "adsplugins") {
-            host.AddModules("reporter");
-        }
         QVERIFY(host.Start());
-        if (file.contains("color")) {
-            // Not read before the first panel.
-            host.Do({"init 0 0 1", "uninit", "init 0 0 1"});
-            QVERIFY(!host.Wait("uninit returned").isNull());
+        if (file.contains("color")) {  // not read before the first panel
+            QVERIFY(host.Do({"init 0 0 1", "uninit", "wait uninit returned"}));
         }
         host.Do("notify 1 1001 {}");
         QVERIFY(host.Dies());
         QCOMPARE(host.Status(), SIGABRT);
-        QVERIFY2(host.Errors().contains(error), qPrintable(host.Errors()));
-        QCOMPARE(host.Errors().contains("Malformed configuration file: "), file != "adsplugins");
-    }
-
-    void WhatIsMissingIsNoError()
-    {
-        HostProcess host;
-        host.Write("sysconfig/config.json/a", "a folder by the name of the file");
-        host.Write("sysconfig/color.json/a", "");
-        QVERIFY(host.Start());
-        QVERIFY(host.End({"init 0 0 1", "notify 0 1001 {\"operate\":\"clicked\"}", "uninit"}));
+        QVERIFY2(host.Errors().contains("Malformed configuration file: "), qPrintable(host.Errors()));
+        QVERIFY2(host.Errors().contains(file), qPrintable(host.Errors()));
     }
 
     void ALaterLifeKeepsTheSettingsOfTheFirst()
     {
         HostProcess host;
-        host.AddModules("reporter");
         host.Write(kUser, R"({"general":{"language":"en"}})");
         host.Write("sysconfig/color.json", R"({"price":{"up":"255,0,0"}})");
         QVERIFY(host.Start());
         host.Do({"init 0 0 1", "notify 1 1001 {}"});
         QCOMPARE(host.Ask(1001, "translation Common_Buy"), QString("Buy"));
         QCOMPARE(host.Ask(1001, "color price up"), QString("255,0,0"));
-        host.Do("uninit");
-        QVERIFY(!host.Wait("uninit returned").isNull());
+        QVERIFY(host.Do({"uninit", "wait uninit returned"}));
         host.Write(kUser, R"({"general":{"language":"zh_CN"}})");
         host.Write("sysconfig/color.json", "broken");
-        host.Do("notify 1 1001 {}");
-        QVERIFY(!host.Wait("1001#2 made").isNull());
+        QVERIFY(host.Do({"notify 1 1001 {}", "wait 1001#2 made"}));
         QCOMPARE(host.Ask(1001, "translation Common_Buy"), QString("Buy"));
         QCOMPARE(host.Ask(1001, "config general language"), QString("en"));
         QCOMPARE(host.Ask(1001, "color price up"), QString("255,0,0"));

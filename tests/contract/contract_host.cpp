@@ -134,29 +134,17 @@ void Flood(std::int32_t id, unsigned thread, unsigned count)
 
 void FloodFromThreads(std::int32_t id, unsigned threadCount, unsigned count)
 {
-    std::latch together(threadCount);
-    std::vector<std::thread> flooding;
-    for (unsigned thread = 0; thread < threadCount; ++thread) {
-        flooding.emplace_back([&together, id, thread, count] {
-            together.arrive_and_wait();
-            Flood(id, thread, count);
-        });
-    }
-    for (std::thread& thread : flooding) {
-        thread.join();
+    {
+        std::latch together(threadCount);
+        std::vector<std::jthread> flooding;
+        for (unsigned thread = 0; thread < threadCount; ++thread) {
+            flooding.emplace_back([&together, id, thread, count] {
+                together.arrive_and_wait();
+                Flood(id, thread, count);
+            });
+        }
     }
     Say("flooded");
-}
-
-void SendRandomTexts(unsigned seed, unsigned count, const std::vector<std::int32_t>& ids)
-{
-    panelry::test::RandomTexts texts(seed);
-    for (unsigned i = 0; i < count; ++i) {
-        const std::int32_t id = ids[texts.Below(static_cast<unsigned>(ids.size()))];
-        const auto type = static_cast<std::int32_t>(texts.Below(3));
-        NotifyMsg(type, id, texts.Next().c_str());
-    }
-    Say("random done");
 }
 
 void SayUsage()
@@ -196,8 +184,7 @@ void Hold()
 {
     Say("held");
     std::unique_lock lock(stateLock);
-    changed.wait(lock, [] { return released; });
-    released = false;
+    changed.wait(lock, [] { return std::exchange(released, false); });
 }
 
 void Release()
@@ -213,13 +200,6 @@ void CallInit(std::istream& words)
     const auto trade = Number<std::uintptr_t>(words);
     Init(panelry::test::QuoteProviderOf(quote), panelry::test::TradeProviderOf(trade),
          Number<int>(words) != 0 ? &OnCallback : nullptr);
-}
-
-void CallNotifyMsg(std::istream& words)
-{
-    const auto type = Number<std::int32_t>(words);
-    const auto id = Number<std::int32_t>(words);
-    NotifyMsg(type, id, Rest(words).c_str());
 }
 
 void CallUninit(std::istream& words)
@@ -239,21 +219,20 @@ void StartFlood(std::istream& words)
     threads.emplace_back(&FloodFromThreads, id, threadCount, Number<unsigned>(words));
 }
 
-void StartRandom(std::istream& words)
+void SendRandomTexts(std::istream& words)
 {
-    const auto seed = Number<unsigned>(words);
+    panelry::test::RandomTexts texts(Number<unsigned>(words));
     const auto count = Number<unsigned>(words);
     std::vector<std::int32_t> ids;
     for (std::int32_t id = 0; words >> id;) {
         ids.push_back(id);
     }
-    SendRandomTexts(seed, count, ids);
-}
-
-void SetName(std::istream& words)
-{
-    const std::lock_guard guard(stateLock);
-    componentName = Rest(words);
+    for (unsigned i = 0; i < count; ++i) {
+        const std::int32_t id = ids[texts.Below(static_cast<unsigned>(ids.size()))];
+        const auto type = static_cast<std::int32_t>(texts.Below(3));
+        NotifyMsg(type, id, texts.Next().c_str());
+    }
+    Say("random done");
 }
 
 void Execute(const std::string& command)
@@ -261,9 +240,18 @@ void Execute(const std::string& command)
     using Verbs = std::map<std::string, std::function<void(std::istream&)>>;
     static const Verbs& verbs = *new Verbs{
         {"init", CallInit},
-        {"notify", CallNotifyMsg},
+        {"notify",
+         [](std::istream& words) {
+             const auto type = Number<std::int32_t>(words);
+             const auto id = Number<std::int32_t>(words);
+             NotifyMsg(type, id, Rest(words).c_str());
+         }},
         {"uninit", CallUninit},
-        {"name", SetName},
+        {"name",
+         [](std::istream& words) {
+             const std::lock_guard guard(stateLock);
+             componentName = Rest(words);
+         }},
         {"providers", [](std::istream&) { panelry::test::TellOfProviders(&Say); }},
         {"login", [](std::istream& words) { panelry::test::PushLogin(Number<int>(words)); }},
         {"cancel", [](std::istream&) { panelry::test::PushCancel(); }},
@@ -272,7 +260,7 @@ void Execute(const std::string& command)
         {"release", [](std::istream&) { Release(); }},
         {"thread", [](std::istream& words) { threads.emplace_back(&Execute, Rest(words)); }},
         {"flood", StartFlood},
-        {"random", StartRandom},
+        {"random", SendRandomTexts},
         {"usage", [](std::istream&) { SayUsage(); }},
     };
     std::istringstream words(command);
@@ -314,9 +302,12 @@ int Run()
 extern "C" {
 __attribute__((visibility("default"))) void ReportToHost(const char* line)
 {
-    const std::string said = line;
-    const bool ofProviders = said.find(" SetProviders ") != std::string::npos;
-    Say(ofProviders ? panelry::test::WithProviderNumbers(said) : said);
+    Say(line);
+}
+
+__attribute__((visibility("default"))) std::uintptr_t NumberOfProvider(void* provider)
+{
+    return panelry::test::NumberOfProvider(provider);
 }
 
 __attribute__((visibility("default"))) bool HostReleased()

@@ -3,11 +3,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <sstream>
 #include <vector>
 
-#include "services/quote_observer.h"
-#include "services/trade_observer.h"
+#include "observers/fake_providers.h"
 
 namespace panelry::test
 {
@@ -19,7 +17,7 @@ namespace
 std::mutex& lock = *new std::mutex;
 Tell& teller = *new Tell;
 std::vector<std::shared_ptr<TradeObserver>>& subscribers = *new std::vector<std::shared_ptr<TradeObserver>>;
-std::map<std::string, std::string>& numbers = *new std::map<std::string, std::string>;
+std::map<void*, std::uintptr_t>& numbers = *new std::map<void*, std::uintptr_t>;  // null: 0
 
 void Say(const std::string& line)
 {
@@ -33,30 +31,16 @@ void Say(const std::string& line)
     }
 }
 
-class Quotes : public QuoteProvider
+class Quotes : public FakeQuoteProvider
 {
 public:
-    explicit Quotes(std::string number) : m_number(std::move(number)) {}
+    explicit Quotes(std::string number) : m_number(std::move(number)) { m_result = -1; }
 
     int Attach(int, std::shared_ptr<QuoteObserver>) override
     {
         Say("quotes " + m_number + " attached");
         return 0;
     }
-    int QueryQuoteFields(int, StringMap&, std::shared_ptr<StringMap>&) override { return -1; }
-    int SubscribeCodes(std::vector<MarketCode>&, bool, std::shared_ptr<QuoteObserver>) override { return -1; }
-    int SubscribeTopicA(std::uint32_t, bool, std::shared_ptr<QuoteObserver>) override { return -1; }
-    int SubscribeTopicB(std::uint32_t, std::uint32_t, std::uint32_t, bool,
-                        std::shared_ptr<QuoteObserver>) override
-    {
-        return -1;
-    }
-    int ResolveCodeMarkets(std::vector<MarketCode>&) override { return -1; }
-    int ListCodeMatches(std::vector<MarketCode>&, std::vector<std::vector<std::string>>&) override
-    {
-        return -1;
-    }
-    int AgreedQuoteCall(std::uintptr_t, std::uintptr_t) override { return -1; }
 
 private:
     const std::string m_number;
@@ -107,8 +91,7 @@ void* Made(std::uintptr_t number)
     Provider*& provider = made[number];
     if (!provider) {
         provider = new Provider(std::to_string(number));
-        numbers[std::to_string(reinterpret_cast<std::uintptr_t>(static_cast<Base*>(provider)))] =
-            std::to_string(number);
+        numbers[static_cast<Base*>(provider)] = number;
     }
     return static_cast<Base*>(provider);
 }
@@ -137,16 +120,10 @@ void* TradeProviderOf(std::uintptr_t number)
     return Made<Trades, TradeProvider>(number);
 }
 
-std::string WithProviderNumbers(const std::string& line)
+std::uintptr_t NumberOfProvider(void* provider)
 {
     const std::lock_guard guard(lock);
-    std::istringstream words(line);
-    std::string changed;
-    for (std::string word; std::getline(words, word, ' ');) {
-        const auto number = numbers.find(word);
-        changed += (changed.empty() ? "" : " ") + (number == numbers.end() ? word : number->second);
-    }
-    return changed;
+    return numbers[provider];
 }
 
 void PushLogin(int state)

@@ -18,8 +18,8 @@ void TellOfProviders(Tell tell);
 void* QuoteProviderOf(std::uintptr_t number);
 void* TradeProviderOf(std::uintptr_t number);
 
-/// `line` with the numbers of providers in place of their addresses.
-std::string WithProviderNumbers(const std::string& line);
+/// The number behind such an address.
+std::uintptr_t NumberOfProvider(void* provider);
 
 /// A log-in, and a cancel of the normal account, as the newest trade provider tells all that ever attached.
 void PushLogin(int state);

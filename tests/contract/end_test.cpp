@@ -1,9 +1,12 @@
 // The end of the panels, in whatever state they are, and the lives that follow.
 
 #include "support/host_process.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using panelry::test::HostProcess;
+using panelry::test::Rows;
+using panelry::test::Tell;
 
 namespace
 {
@@ -12,13 +15,6 @@ constexpr char kFramed[] = R"(notify 0 1001 {"operate":"clicked","need_wrapper":
 constexpr char kFramedOther[] = R"(notify 0 2001 {"operate":"clicked","need_wrapper":"1"})";
 constexpr char kBare[] = R"(notify 0 2001 {"operate":"clicked"})";
 constexpr char kObject[] = R"(notify 1 1002 {})";
-
-QString Tell(int id, const char* command)
-{
-    return QStringLiteral(R"(notify 0 %1 {"operate":"notify","cmd":"900","bussiness":"%2"})")
-        .arg(id)
-        .arg(command);
-}
 
 }  // namespace
 
@@ -51,54 +47,38 @@ private Q_SLOTS:
     // again.
     void UninitReturnsFromAnyState_data()
     {
-        QTest::addColumn<bool>("started");
-        QTest::addColumn<QStringList>("commands");  // after each "wait ..." the line has come
+        const Rows<bool, QStringList> row("started commands");
         const QString returned = "wait uninit returned";
-        const QString quitInside = "when callback 205 now -> ";
-        QTest::newRow("never started") << false << QStringList{"uninit", "uninit"};
-        QTest::newRow("while it starts") << false << QStringList{"init 16 32 1", "uninit"};
-        QTest::newRow("while it starts, with parked messages")
-            << false << QStringList{kObject, kFramed, "init 16 32 1", "uninit"};
-        QTest::newRow("asked from inside the loading of modules")
-            << false << QStringList{"when loading -> uninit", "init 16 32 1", kFramed, returned, "uninit"};
-        QTest::newRow("twice") << true << QStringList{kFramed, "uninit", "uninit"};
-        QTest::newRow("from four threads at once")
-            << true << QStringList{kFramed,  "thread uninit", "thread uninit", "thread uninit", "uninit",
-                                   returned, returned,        returned,        returned};
-        QTest::newRow("inside a callback")
-            << true
-            << QStringList{kFramed, quitInside + "uninit", Tell(1001, "send 205 -1 now"), returned, "uninit"};
-        QTest::newRow("inside the asking for a title, of a module without a widget too")
-            << true
-            << QStringList{"when callback 2 component_id=1002 -> uninit", kFramed, kObject, returned,
-                           "uninit"};
-        QTest::newRow("inside the last words of a module")
-            << true
-            << QStringList{kBare, kFramed, Tell(1001, "lastwords now"), quitInside + "uninit", "uninit"};
-        QTest::newRow("a message to the panels inside the last words")
-            << true << QStringList{kFramed, Tell(1001, "lastwords now"), quitInside + kFramed, "uninit"};
-        QTest::newRow("quit sent by the host, with any id")
-            << true << QStringList{kFramed, kBare, "notify 0 1001 quit", "uninit"};
-        QTest::newRow("quit from inside a callback")
-            << true
-            << QStringList{kFramed, quitInside + "notify 0 -1 quit", Tell(1001, "send 205 -1 now"), "uninit"};
-        QTest::newRow("a module ends the application")
-            << true << QStringList{kFramed, kBare, Tell(1001, "quit"), "wait ~module", "uninit"};
-        QTest::newRow("inside a nested loop")
-            << true << QStringList{kFramed, kObject, Tell(1001, "nest"), "wait nested", "uninit"};
-        QTest::newRow("two loops deep, destroyui on its way") << true
-                                                              << QStringList{kFramed,
-                                                                             kObject,
-                                                                             Tell(1001, "nest"),
-                                                                             "wait nested",
-                                                                             Tell(1002, "nest"),
-                                                                             "wait nested",
-                                                                             "notify 0 -1 destroyui",
-                                                                             kFramed,
-                                                                             "uninit"};
-        QTest::newRow("quit as a parked message")
-            << false << QStringList{"when loading -> hold", "init 16 32 1", "wait held", kFramed,
-                                    "notify 0 1 quit",      kBare,          "release",   "uninit"};
+        const QString inside = "when callback 205 now -> ";
+        const QString speak = Tell(1001, "send 205 -1 now");
+        const QString lastWords = Tell(1001, "lastwords now");
+
+        row("never started", false, {"uninit", "uninit"});
+        row("while it starts, with parked messages", false, {kObject, kFramed, "init 16 32 1", "uninit"});
+        row("asked from inside the loading of modules", false,
+            {"when loading -> uninit", "init 16 32 1", kFramed, returned, "uninit"});
+        row("quit as a parked message", false,
+            {"when loading -> hold", "init 16 32 1", "wait held", kFramed, "notify 0 1 quit", kBare,
+             "release", "uninit"});
+        row("twice", true, {kFramed, "uninit", "uninit"});
+        row("from four threads at once", true,
+            {kFramed, "thread uninit", "thread uninit", "thread uninit", "uninit", returned, returned,
+             returned, returned});
+        row("inside a callback", true, {kFramed, inside + "uninit", speak, returned, "uninit"});
+        row("inside the asking for a title, of a module without a widget too", true,
+            {"when callback 2 component_id=1002 -> uninit", kFramed, kObject, returned, "uninit"});
+        row("inside the last words of a module", true,
+            {kBare, kFramed, lastWords, inside + "uninit", "uninit"});
+        row("a message to the panels inside the last words", true,
+            {kFramed, lastWords, inside + kFramed, "uninit"});
+        row("quit sent by the host, with any id", true, {kFramed, kBare, "notify 0 1001 quit", "uninit"});
+        row("quit from inside a callback", true, {kFramed, inside + "notify 0 -1 quit", speak, "uninit"});
+        row("a module ends the application", true,
+            {kFramed, kBare, Tell(1001, "quit"), "wait ~module", "uninit"});
+        row("inside a nested loop", true, {kFramed, kObject, Tell(1001, "nest"), "wait nested", "uninit"});
+        row("two loops deep, destroyui on its way", true,
+            {kFramed, kObject, Tell(1001, "nest"), "wait nested", Tell(1002, "nest"), "wait nested",
+             "notify 0 -1 destroyui", kFramed, "uninit"});
     }
 
     void UninitReturnsFromAnyState()
@@ -107,41 +87,12 @@ private Q_SLOTS:
         QFETCH(QStringList, commands);
         HostProcess host;
         host.AddModules("other");
-        host.AddModules("reporter");
         QVERIFY(started ? host.StartAndInit() : host.Start());
-        for (const QString& command : commands) {
-            if (command.startsWith("wait ")) {
-                QVERIFY(!host.Wait(command.mid(5)).isNull());
-            } else {
-                host.Do(command);
-            }
-        }
-        host.Do("name over");
-        host.Do({"usage", "init 16 32 1", kFramed});
-        QVERIFY(!host.Wait("usage").isNull());
-        QVERIFY(!host.Wait("1001#").isNull());
+        QVERIFY(host.Do(commands));
+        QVERIFY(host.Do({"name over", "usage", "init 16 32 1", kFramed, "wait usage", "wait 1001#"}));
         // Nothing of the life before is left: one panel, and the marker of this test.
         host.Settle();
         QCOMPARE(host.Ask(1001, "alive"), QString("2 modules 1 widgets"));
-        QVERIFY(host.End({"uninit"}));
-    }
-
-    // Sent by a host that hears of the panel's hiding, before the last module is gone.
-    void WhatComesDuringDestroyUiWaitsForItsEnd()
-    {
-        HostProcess host;
-        host.AddModules("other");
-        QVERIFY(host.StartAndInit());
-        host.Do({kFramed, kObject});
-        host.Settle();
-        host.Do({QString("when hidden -> ") + kFramedOther, "notify 0 -1 destroyui"});
-        const QStringList lines = host.Settle();
-        QVERIFY2(lines.indexOf(QRegularExpression("1002#\\d+ ~module")) <
-                     lines.indexOf(QRegularExpression("2001#\\d+ made.*")),
-                 host.Story());
-        host.Do(R"(notify 0 -1 {"operate":"hide"})");
-        QVERIFY(!host.Wait("2001#").isNull());
-        QCOMPARE(host.Ask(2001, "alive"), QString("1 modules 1 widgets"));
         QVERIFY(host.End({"uninit"}));
     }
 
@@ -149,12 +100,9 @@ private Q_SLOTS:
     {
         HostProcess host;
         QVERIFY(host.StartAndInit());
-        host.Do({kObject, Tell(1002, "nest")});
-        QVERIFY(!host.Wait("nested").isNull());
-        host.Do({"notify 0 -1 destroyui", Tell(1001, "nest"), "notify 1 1001 second", "release"});
-        QVERIFY(!host.Wait("1001#").isNull());
-        QVERIFY(!host.Wait("nested").isNull());
-        host.Do({"notify 1 1001 third", "release"});
+        QVERIFY(host.Do({kObject, Tell(1002, "nest"), "wait nested", "notify 0 -1 destroyui",
+                         Tell(1001, "nest"), "notify 1 1001 second", "release", "wait 1001#", "wait nested",
+                         "notify 1 1001 third", "release"}));
         QString order;
         for (const QString& line : host.Settle().filter("OnMessage 114")) {
             order += line.section(' ', -1) + ' ';
@@ -163,54 +111,33 @@ private Q_SLOTS:
         QVERIFY(host.End({"uninit"}));
     }
 
-    // In each row the module is on the stack when its window goes.
+    // In each row the module is on the stack when its window goes. The waits: what it says before its end.
     void AModuleOutlivesItsOwnCalls_data()
     {
-        QTest::addColumn<QStringList>("commands");
-        QTest::addColumn<QString>("last");  // what the module says before its end
-        QTest::newRow("closed inside its dialog")
-            << QStringList{Tell(1001, "nest"), "wait nested", Tell(1001, "press closebtn_titlebar"),
-                           "release"}
-            << "left the nest";
-        QTest::newRow("closes its window inside its dialog")
-            << QStringList{Tell(1001, "nest"), "wait nested", Tell(1001, "close"), "release"}
-            << "left the nest";
-        QTest::newRow("closes its window in an event") << QStringList{Tell(1001, "soon close")} << "over";
-        QTest::newRow("the host takes all panels down while one sends to another")
-            << QStringList{"when OnMessage 5 -> notify 0 -1 destroyui", Tell(1001, "soon send 5 2001 x")}
-            << "sent 5";
+        const Rows<QStringList> row("commands");
+        const QStringList inItsDialog{kFramed, Tell(1001, "nest"), "wait nested"};
+        row("closed inside its dialog", inItsDialog + QStringList{Tell(1001, "press closebtn_titlebar"),
+                                                                  "release", "wait 1001#2 left the nest"});
+        row("closes its window inside its dialog",
+            inItsDialog + QStringList{Tell(1001, "close"), "release", "wait 1001#2 left the nest"});
+        row("closes its window in an event", {kFramed, Tell(1001, "soon close"), "wait 1001#2 over"});
+        row("the host takes all panels down while one sends to another",
+            {kFramed, kFramedOther, "when OnMessage 5 -> notify 0 -1 destroyui",
+             Tell(1001, "soon send 5 2001 x"), "wait 1001#2 sent 5"});
+        row("closes as it comes up",
+            {R"(notify 0 1001 {"operate":"clicked","need_wrapper":"1","need_display":"1",)"
+             R"("init_param":"close as shown"})"});
     }
 
     void AModuleOutlivesItsOwnCalls()
     {
         QFETCH(QStringList, commands);
-        QFETCH(QString, last);
         HostProcess host;
         host.AddModules("other");
         QVERIFY(host.StartAndInit());
-        host.Do({kFramed, kFramedOther});
-        host.Settle();
-        for (const QString& command : commands) {
-            if (command.startsWith("wait ")) {
-                QVERIFY(!host.Wait(command.mid(5)).isNull());
-            } else {
-                host.Do(command);
-            }
-        }
-        QVERIFY2(!host.Wait("1001#2 " + last).isNull(), host.Story());
-        QVERIFY2(!host.Wait("1001#2 ~module").isNull(), host.Story());
-        QVERIFY(host.End({"uninit"}));
-    }
-
-    void APanelThatClosesAsItComesUpCanBeOpenedAgain()
-    {
-        HostProcess host;
-        QVERIFY(host.StartAndInit());
-        host.Do(R"(notify 0 1001 {"operate":"clicked","need_wrapper":"1","need_display":"1",)"
-                R"("init_param":"close as shown"})");
-        QVERIFY2(!host.Wait("1001#2 ~module").isNull(), host.Story());
-        host.Do(kFramed);
-        QVERIFY2(!host.Wait("made").isNull(), host.Story());
+        QVERIFY(host.Do(commands));
+        // It can be opened again.
+        QVERIFY(host.Do({"wait 1001#2 ~module", kFramed, "wait made"}));
         QVERIFY(host.End({"uninit"}));
     }
 
@@ -218,54 +145,41 @@ private Q_SLOTS:
     {
         HostProcess host;
         QVERIFY(host.StartAndInit());
-        host.Do({"when OnMessage 114 held -> hold", "notify 1 1002 held"});
-        QVERIFY(!host.Wait("held").isNull());
         // All queued while the panels are held: the rest is delivered in the same breath as "quit".
-        host.Do({"notify 0 7 quit", "notify 1 1002 dispatched", R"(notify 0 1001 {"operate":"clicked"})",
-                 "notify 1 -1 all", "release"});
-        QVERIFY(!host.Wait("1002#2 ~module").isNull());
-        host.Do({"notify 1 1002 parked", "uninit"});
-        QVERIFY(!host.Wait("uninit returned").isNull());
-        host.Do("notify 1 1001 new life");
+        QVERIFY(
+            host.Do({"when OnMessage 114 held -> hold", "notify 1 1002 held", "wait held", "notify 0 7 quit",
+                     "notify 1 1002 dispatched", R"(notify 0 1001 {"operate":"clicked"})", "notify 1 -1 all",
+                     "release", "wait 1002#2 ~module", "notify 1 1002 parked", "uninit",
+                     "wait uninit returned", "notify 1 1001 new life"}));
         const QStringList lines = host.Settle();
         QCOMPARE(lines.filter("OnMessage 113"), QStringList("1001#3 OnMessage 113 new life"));
     }
 
     void AHostMayLeaveItsMainFunctionWithoutUninit_data()
     {
-        QTest::addColumn<QStringList>("commands");
-        QTest::newRow("nothing started") << QStringList();
-        QTest::newRow("while it starts") << QStringList{"init 16 32 1"};
-        QTest::newRow("while it starts, with parked messages")
-            << QStringList{kFramed, kObject, "init 16 32 1"};
-        QTest::newRow("while modules are loaded")
-            << QStringList{"when loading -> hold", "init 16 32 1", "wait held"};
-        QTest::newRow("panels are open") << QStringList{"init 16 32 1", kObject, kFramed, "wait shown"};
-        QTest::newRow("in a callback")
-            << QStringList{"init 16 32 1", "when callback 2 -> hold", kFramed, "wait held"};
-        QTest::newRow("in a nested loop")
-            << QStringList{"init 16 32 1", kFramed, Tell(1001, "nest"), "wait nested"};
-        QTest::newRow("after quit") << QStringList{"init 16 32 1", kFramed, "notify 0 -1 quit",
-                                                   "wait ~widget"};
-        QTest::newRow("an exit function calls Uninit")
-            << QStringList{"init 16 32 1", "uninit at exit", kObject, kFramed, "wait shown"};
+        const Rows<QStringList> row("commands");
+        const QString init = "init 16 32 1";
+        row("nothing started", {});
+        row("while it starts, with parked messages", {kFramed, kObject, init});
+        row("while modules are loaded", {"when loading -> hold", init, "wait held"});
+        row("panels are open, a refresh is on its way", {init, kObject, kFramed, "wait shown", "cancel"});
+        row("in a callback", {init, "when callback 2 -> hold", kFramed, "wait held"});
+        row("in a nested loop", {init, kFramed, Tell(1001, "nest"), "wait nested"});
+        row("after quit", {init, kFramed, "notify 0 -1 quit", "wait ~widget"});
+        row("an exit function calls Uninit", {init, "uninit at exit", kObject, kFramed, "wait shown"});
     }
 
     void AHostMayLeaveItsMainFunctionWithoutUninit()
     {
         QFETCH(QStringList, commands);
         HostProcess host;
-        host.AddModules("reporter");
+        // The refresh timers run into the end of the process.
+        host.Write("sysconfig/config.json",
+                   R"({"system":{"auto_refresh_interval":"1","auto_refresh_afterweituo":"1"}})");
         // Such a host joins no thread.
         host.Set("TSAN_OPTIONS", qEnvironmentVariable("TSAN_OPTIONS") + ":report_thread_leaks=0");
         QVERIFY(host.Start());
-        for (const QString& command : commands) {
-            if (command.startsWith("wait ")) {
-                QVERIFY(!host.Wait(command.mid(5)).isNull());
-            } else {
-                host.Do(command);
-            }
-        }
+        QVERIFY(host.Do(commands));
         QVERIFY(host.End({}, 7));
     }
 };

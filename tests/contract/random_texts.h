@@ -2,13 +2,14 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace panelry::test
 {
 
-/// A text that a host should never send, or only just may: valid operate messages and push data, values of
-/// the wrong type at any key, cut and damaged texts, texts nested deep, texts of a mebibyte. Never one of the
-/// bare words that end the panels, and never a "cmd" of three digits, which the modules of the tests obey.
+/// A text that a host should never send, or only just may: operate messages and push data with values of the
+/// right and the wrong types, nested deep, a mebibyte long, cut and damaged. Never one of the bare words that
+/// end the panels, and never a "cmd" of three digits, which the modules of the tests obey.
 class RandomTexts
 {
 public:
@@ -18,14 +19,9 @@ public:
     std::string Next();
 
 private:
-    template <std::size_t n>
-    const char* OneOf(const char* const (&choices)[n])
-    {
-        return choices[Below(n)];
-    }
+    const std::string& OneOf(const std::vector<std::string>& choices);
     std::string Object();
     std::string Value();
-    std::string Deep();
     std::string Damaged(std::string text);
 
     std::mt19937 m_random;

@@ -8,16 +8,10 @@
 #include "support/test.h"
 
 using panelry::test::HostProcess;
+using panelry::test::Tell;
 
 namespace
 {
-
-QString Tell(int id, const char* command)
-{
-    return QStringLiteral(R"(notify 0 %1 {"operate":"notify","cmd":"900","bussiness":"%2"})")
-        .arg(id)
-        .arg(command);
-}
 
 QString TextIn(const QString& path)
 {
@@ -43,42 +37,29 @@ class ServicesTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
-    void AModulesLinesAreLoggedWhereTheDeploymentSaysSo_data()
-    {
-        QTest::addColumn<QByteArray>("system");
-        QTest::addColumn<bool>("logged");
-        QTest::newRow("no word of it") << QByteArray() << false;
-        QTest::newRow("empty") << QByteArray(R"("log_config":"")") << false;
-        QTest::newRow("named") << QByteArray(R"("log_config":"log.cfg")") << true;
-    }
-
     void AModulesLinesAreLoggedWhereTheDeploymentSaysSo()
     {
-        QFETCH(QByteArray, system);
-        QFETCH(bool, logged);
-        HostProcess host;
-        host.AddModules("reporter");
-        host.Write("log.cfg", "[Main]\nlevel=info\n");
-        host.Write("sysconfig/config.json", "{\"system\":{" + system + "}}");
-        QVERIFY(host.Start());
-        for (const QString life : {"first", "second"}) {
-            host.Do({"init 0 0 1", Tell(1002, "log 2 100% %s of it"),
-                     Tell(1002, qPrintable("log 3 the " + life + " life")), Tell(1002, "log 1 too low")});
-            host.Settle();
-            host.Do("uninit");
-            QVERIFY(!host.Wait("uninit returned").isNull());
-            const QString text = Logged(host);
-            QCOMPARE(text.contains("100% %s of it"), logged);
-            QCOMPARE(text.contains("the " + life + " life"), logged);
-            QVERIFY(!text.contains("too low"));
+        for (const auto& [system, logged] :
+             {std::pair{"", false}, {R"("log_config":"")", false}, {R"("log_config":"log.cfg")", true}}) {
+            HostProcess host;
+            host.Write("log.cfg", "[Main]\nlevel=info\n");
+            host.Write("sysconfig/config.json", QByteArray("{\"system\":{") + system + "}}");
+            QVERIFY(host.Start());
+            for (const char* const life : {"first life", "second life"}) {
+                const QByteArray line = QByteArray("log 3 the ") + life;
+                QVERIFY(host.Do({"init 0 0 1", Tell(1002, line.constData()), Tell(1002, "log 1 too low")}));
+                host.Settle();
+                QVERIFY(host.Do({"uninit", "wait uninit returned"}));
+                QCOMPARE(Logged(host).contains(life), logged);
+                QVERIFY(!Logged(host).contains("too low"));
+            }
+            QVERIFY(host.End({}));
         }
-        QVERIFY(host.End({}));
     }
 
     void ACrashKeepsTheLinesBeforeItUnderTheGuard()
     {
         HostProcess host;
-        host.AddModules("reporter");
         host.Write("log.cfg", "[Main]\nlevel=info\n");
         host.Write("sysconfig/config.json", R"({"system":{"log_config":"log.cfg","log_crash_guard":"1"}})");
         QVERIFY(host.Start());

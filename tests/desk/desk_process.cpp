@@ -109,13 +109,6 @@ Pipe::~Pipe()
     close(ends[1]);
 }
 
-void Pipe::Put(const char* text) const
-{
-    if (write(ends[1], text, qstrlen(text)) != ssize_t(qstrlen(text))) {
-        qFatal("the pipe is full");
-    }
-}
-
 std::string Pipe::TakeAll() const
 {
     std::string taken;

@@ -61,7 +61,6 @@ public:
     Pipe(const Pipe&) = delete;
     Pipe& operator=(const Pipe&) = delete;
 
-    void Put(const char* text) const;
     std::string TakeAll() const;
     bool IsFull() const;
     QString WritersPath() const { return QStringLiteral("/proc/self/fd/%1").arg(ends[1]); }

@@ -2,13 +2,16 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <algorithm>
 
 #include "desk/abi_note.h"
 #include "desk/desk_process.h"
 #include "desk/inspect_settings.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using panelry::test::DeskProcess;
+using panelry::test::Rows;
 using panelry::test::Text;
 using panelry::test::Texts;
 using panelry::test::WriteFile;
@@ -43,6 +46,15 @@ QStringList VerdictsOn(const QString& report, const QString& file)
         }
     }
     return verdicts;
+}
+
+// Whether each text begins as it should; `expected` has "|" between the beginnings.
+bool Begin(const QStringList& texts, const QString& expected)
+{
+    const QStringList beginnings = expected.split(QLatin1Char('|'));
+    return std::equal(
+        texts.begin(), texts.end(), beginnings.begin(), beginnings.end(),
+        [](const QString& text, const QString& beginning) { return text.startsWith(beginning); });
 }
 
 }  // namespace
@@ -90,12 +102,7 @@ private Q_SLOTS:
         CopyModule(host, library.constData(), name.constData());
         int status = -1;
         const QString report = Inspect(host.path(), status);
-        const QStringList verdicts = VerdictsOn(report, Text(name));
-        const QStringList beginnings = expected.split(QLatin1Char('|'));
-        QVERIFY2(verdicts.size() == beginnings.size(), qPrintable(report));
-        for (int i = 0; i < verdicts.size(); ++i) {
-            QVERIFY2(verdicts[i].startsWith(beginnings[i]), qPrintable(report));
-        }
+        QVERIFY2(Begin(VerdictsOn(report, Text(name)), expected), qPrintable(report));
         QCOMPARE(status, expected.contains(QLatin1Char('!')) ? 1 : 0);
         QVERIFY2(!report.contains(Text("a module may write")), qPrintable(report));
     }
@@ -132,11 +139,8 @@ private Q_SLOTS:
         QCOMPARE(VerdictsOn(report, QStringLiteral("folder.so")), Texts({"skipped is a directory"}));
         QCOMPARE(VerdictsOn(report, QStringLiteral("lost.so")),
                  Texts({"!skipped is a link that leads nowhere"}));
-        QVERIFY2(VerdictsOn(report, QStringLiteral("loop.so"))
-                     .join(QString())
-                     .startsWith(Text("!fatal can't be looked at")),
+        QVERIFY2(Begin(VerdictsOn(report, QStringLiteral("loop.so")), Text("!fatal can't be looked at")),
                  qPrintable(report));
-
         report = Inspect(inside, status);  // a file in the place of the directory
         QVERIFY2(report.contains(Text("! x  fatal    can't be read as a directory")), qPrintable(report));
         report = Inspect(host.filePath(QStringLiteral("nothing/adsplugins")), status);
@@ -187,11 +191,7 @@ private Q_SLOTS:
 
     void settings_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char* name, const char* content, const char* expected) {
-            QTest::newRow(name) << QByteArray(content) << Text(expected);
-        };
+        const Rows<QByteArray, const char*> row("content expected");
         row("sound", R"({"general":{"language":"en"},"empty":{}})", "fine ");
         row("empty", "", "fatal parse error at line 1, column 1: ");
         row("cut off", "{\n\"a\":{\n  \"b\" \"c\"}}", "fatal parse error at line 3, column 9: ");
@@ -219,11 +219,7 @@ private Q_SLOTS:
             QVERIFY(!isMain || finding.isFault == (finding.verdict == "fatal"));
             (isMain ? found : others) << QString::fromStdString(finding.verdict + ' ' + finding.text);
         }
-        const QStringList beginnings = expected.split(QLatin1Char('|'));
-        QCOMPARE(found.size(), beginnings.size());
-        for (int i = 0; i < found.size(); ++i) {
-            QVERIFY2(found[i].startsWith(beginnings[i]), qPrintable(found[i]));
-        }
+        QVERIFY2(Begin(found, expected), qPrintable(found.join(QLatin1Char('|'))));
         QCOMPARE(others, Texts({"missing none is needed",
                                 "missing is there, but can't be read as a file: not used"}));
     }

@@ -200,12 +200,10 @@ private Q_SLOTS:
             press();
         }
         QVERIFY(!office.CloneEnabled('a') && !office.CloneEnabled('b'));
-        press();
-        QCOMPARE(office.modules.size(), std::size_t{10});
         office.manager->RemoveContainer(office.Module('j')->widget);  // bare: no look at the buttons
-        QVERIFY(!office.CloneEnabled('a'));
+        press();
+        QCOMPARE(office.modules.size(), std::size_t{9});
         office.manager->RefreshCloneButtons(1);
-        QVERIFY(office.CloneEnabled('a'));
         press();
         QVERIFY(!office.CloneEnabled('a'));
         office.Button('b', "closebtn_titlebar")->click();

@@ -5,8 +5,10 @@
 #include <filesystem>
 
 #include "hosting/stage.h"
+#include "support/rows.h"
 #include "support/test.h"
 
+using panelry::test::Rows;
 using panelry::test::Stage;
 
 class PluginManagerTest : public panelry::test::Test
@@ -19,7 +21,6 @@ private Q_SLOTS:
         // The target of a link named "adsplugins", or what stands instead; the operation that fails.
         QCOMPARE(LoadingFails(""), QString());
         QCOMPARE(LoadingFails("nowhere"), QString());
-        QCOMPARE(LoadingFails("with dangling"), QString());
         QCOMPARE(LoadingFails("file"), QStringLiteral("directory_iterator::directory_iterator"));
         QCOMPARE(LoadingFails("adsplugins"), QStringLiteral("exists"));
         QCOMPARE(LoadingFails("with loop"), QStringLiteral("status"));
@@ -49,18 +50,11 @@ private Q_SLOTS:
             QVERIFY(!stage.manager.CreateLinkedModule(id, 0, 7, ""));
             QVERIFY(!stage.manager.CreateSubModule(id, nullptr));
         }
-        stage.Play(QStringLiteral("* #1"));
-        QCOMPARE(stage.log, QString());
     }
 
     void ModulesLeave_data()
     {
-        QTest::addColumn<QString>("script");
-        QTest::addColumn<QString>("deaths");
-        QTest::addColumn<QString>("log");
-        const auto row = [](const char* name, const char* script, const char* deaths, const char* log) {
-            QTest::newRow(name) << script << deaths << log;
-        };
+        const Rows<const char*, const char*, const char*> row("script deaths log");
         row("sub-modules go behind their parent, theirs behind them", "a7 ba cb d7 -a *", "a b c", "d");
         row("a parent that isn't filed", "az * -z *", "a", "a");
         row("a parent that isn't filed and dies", "az % #3 #1", "", "a");
@@ -123,9 +117,7 @@ private:
         const QTemporaryDir folder;
         QDir here(folder.path());
         QDir::setCurrent(here.path());
-        here.mkdir(QStringLiteral("with dangling"));
         here.mkdir(QStringLiteral("with loop"));
-        QFile::link(QStringLiteral("nowhere"), QStringLiteral("with dangling/x.so"));
         QFile::link(QStringLiteral("x.so"), QStringLiteral("with loop/x.so"));
         static_cast<void>(QFile(QStringLiteral("file")).open(QFile::WriteOnly));
         if (target == QLatin1String("gone")) {

@@ -1,5 +1,6 @@
 #include "logger/log4z/log_config.h"
 #include "stage.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using namespace log4z;
@@ -54,11 +55,7 @@ private Q_SLOTS:
 
     void ATextIsUnderstood_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("described");
-        const auto row = [](const char* name, const char* text, const char* described) {
-            QTest::newRow(name) << QByteArray(text) << QByteArray(described);
-        };
+        const Rows<QByteArray, QByteArray> row("text described");
         row("empty", "", "");
         row("comments and blanks", "# a=b\n\n  \t\r\n  # [x]\r\n", "");
         row("main in any case", "[mAIN]\n", "Main: name=Main\n");
@@ -95,7 +92,6 @@ private Q_SLOTS:
 
     void ATextIsAppliedUnlessItsSumIsTheLastOne()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         QVERIFY(manager.ConfigFromText("[main]\nname=\xc3\xa4z\npath=x\n[b]\nlevel=error\n"));
@@ -131,9 +127,8 @@ private Q_SLOTS:
 
     void AChangedFileIsReadWhileRunning()
     {
-        const Stage stage;
-        WriteFile("log.cfg", "[main]\nlevel=error\n");
         SetSurroundings world;
+        WriteFile("log.cfg", "[main]\nlevel=error\n");
         LogerManager manager(world);
         QVERIFY(manager.Config("log.cfg"));
         QCOMPARE(manager.GetLevel(0), 4);

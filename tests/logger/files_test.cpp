@@ -9,6 +9,7 @@
 
 #include "logger/log4z/old_logs.h"
 #include "stage.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using namespace log4z;
@@ -27,7 +28,7 @@ struct Fault {
     bool switchesOff;  // "bad" stays without file after the repair
 };
 
-void SetSoftLimit(__rlimit_resource resource, rlim_t soft)
+void SetLimit(__rlimit_resource resource, rlim_t soft)
 {
     rlimit limit = {};
     ::getrlimit(resource, &limit);
@@ -35,17 +36,20 @@ void SetSoftLimit(__rlimit_resource resource, rlim_t soft)
     ::setrlimit(resource, &limit);
 }
 
-// Root may write anything.
-void BecomeNobody()
+void AllowNoMoreFiles()
 {
-    if (::getuid() == 0) {
-        QCOMPARE(::seteuid(65534), 0);
-    }
+    const int next = ::dup(STDIN_FILENO);
+    ::close(next);
+    SetLimit(RLIMIT_NOFILE, static_cast<rlim_t>(next));
 }
 
-void BecomeMyself()
+// Root may write anything, nobody may not.
+void ActAs(uid_t user)
 {
-    QCOMPARE(::seteuid(::getuid()), 0);
+    if (::getuid() == 0) {
+        ::chmod(".", 0755);
+        QCOMPARE(::seteuid(user), 0);
+    }
 }
 
 }  // namespace
@@ -60,9 +64,22 @@ class FilesTest : public Test
 private Q_SLOTS:
     void initTestCase() { UseShanghaiTime(); }
 
+    void ARemovedDirectoryComesBackWithTheNextFile()
+    {
+        SetSurroundings world;
+        LogerManager manager(world);
+        QVERIFY(manager.Start());
+        const Logger log(0, manager);
+        QTRY_COMPARE(FilesIn("data/log").size(), std::size_t(1));
+        fs::remove_all("data");
+        world.now = At(2026, 11, 23);
+        QVERIFY(log.Write(Info, "next day"));
+        QVERIFY(manager.Stop());
+        QCOMPARE(TextsOf("Main"), std::vector<std::string>{"next day"});
+    }
+
     void FilesChangeByDayAndBySize()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         manager.SetLimitSize(0, 1);
@@ -93,35 +110,24 @@ private Q_SLOTS:
         QVERIFY(Contents("data/log/" + wanted[0]).find("] same again\r\n") != std::string::npos);
     }
 
-    void TheSizeLimitIsCountedIn32Bits_data()
-    {
-        QTest::addColumn<int>("megabytes");
-        QTest::addColumn<int>("files");
-        QTest::newRow("0: no practical limit") << 0 << 1;
-        QTest::newRow("2048: half of the range") << 2048 << 1;
-        QTest::newRow("4096: comes out as 0, a file a line") << 4096 << 5;
-        QTest::newRow("4097: comes out as 1") << 4097 << 1;
-    }
-
     void TheSizeLimitIsCountedIn32Bits()
     {
-        QFETCH(const int, megabytes);
-        const Stage stage;
-        SetSurroundings world;
-        LogerManager manager(world);
-        manager.SetLimitSize(0, megabytes);
-        QVERIFY(manager.Start());  // writes two lines
-        const Logger log(0, manager);
-        for (int i = 0; i < 3; ++i) {
-            QVERIFY(log.Write(Info, i));
+        // No practical limit; half of the range; what comes out as 0, so a file a line; what comes out as 1.
+        for (const auto& [megabytes, files] : {std::pair{0, 1U}, {2048, 1U}, {4096, 5U}, {4097, 1U}}) {
+            SetSurroundings world;
+            LogerManager manager(world);
+            manager.SetLimitSize(0, megabytes);
+            QVERIFY(manager.Start());  // writes two lines
+            for (int i = 0; i < 3; ++i) {
+                QVERIFY(Logger(0, manager).Write(Info, i));
+            }
+            QVERIFY(manager.Stop());
+            QCOMPARE(FilesIn("data/log").size(), std::size_t{files});
         }
-        QVERIFY(manager.Stop());
-        QTEST(static_cast<int>(FilesIn("data/log").size()), "files");
     }
 
     void ExpiredFilesGoAtTheNextChange()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         manager.SetReserve(0, 10 * 86400);
@@ -145,33 +151,25 @@ private Q_SLOTS:
         manager.Stop();
     }
 
-    void WithoutAReserveFilesStay_data()
-    {
-        QTest::addColumn<int>("reserve");
-        QTest::newRow("0") << 0;
-        QTest::newRow("negative") << -1;
-        QTest::newRow("lowest") << std::numeric_limits<int>::min();
-    }
-
     void WithoutAReserveFilesStay()
     {
-        QFETCH(const int, reserve);
-        const Stage stage;
-        SetSurroundings world;
-        LogerManager manager(world);
-        manager.SetPath(0, "logs");  // not where Stop() clears
-        manager.SetReserve(0, 1);
-        QVERIFY(manager.SetReserve(0, reserve));  // takes the one before back
-        QVERIFY(manager.Start());
-        QTRY_COMPARE(manager.WriteCount(), std::uint64_t(2));
-        const Logger log(0, manager);
-        for (int day = 0; day < 17; ++day) {
-            world.now += 86400;
-            QVERIFY(log.Write(Info, day));
-            QTRY_COMPARE(manager.WriteCount(), manager.PushCount());
+        for (const int reserve : {0, -1, std::numeric_limits<int>::min()}) {
+            SetSurroundings world;
+            LogerManager manager(world);
+            manager.SetPath(0, "logs");  // not where Stop() clears
+            manager.SetReserve(0, 1);
+            QVERIFY(manager.SetReserve(0, reserve));  // takes the one before back
+            QVERIFY(manager.Start());
+            QTRY_COMPARE(manager.WriteCount(), std::uint64_t(2));
+            const Logger log(0, manager);
+            for (int day = 0; day < 17; ++day) {
+                world.now += 86400;
+                QVERIFY(log.Write(Info, day));
+                QTRY_COMPARE(manager.WriteCount(), manager.PushCount());
+            }
+            QVERIFY(manager.Stop());
+            QCOMPARE(FilesIn("logs").size(), std::size_t(18));
         }
-        QVERIFY(manager.Stop());
-        QCOMPARE(FilesIn("logs").size(), std::size_t(18));
     }
 
     void FourteenOldFilesStay()
@@ -221,43 +219,34 @@ private Q_SLOTS:
 
     void AFailureStaysWithItsLogger_data()
     {
-        QTest::addColumn<Fault>("fault");
+        const Rows<Fault> row("fault");
         const std::string path = "bad/" + FileName("bad", "202611222125");
-        QTest::newRow("a directory in the file's place")
-            << Fault{[=] { fs::create_directories(path); }, [=] { fs::remove(path); }, true};
-        QTest::newRow("a file in the directory's place")
-            << Fault{[] { WriteFile("bad", ""); }, [] { fs::remove("bad"); }, true};
-        QTest::newRow("no more open files")
-            << Fault{[] {
-                         const int next = ::dup(STDIN_FILENO);
-                         ::close(next);
-                         SetSoftLimit(RLIMIT_NOFILE, static_cast<rlim_t>(next));
-                     },
-                     [] { SetSoftLimit(RLIMIT_NOFILE, RLIM_INFINITY); }, true};
-        QTest::newRow("a file that may only be read") << Fault{[=] {
-                                                                   WriteFile(path, "");
-                                                                   ::chmod(path.c_str(), 0444);
-                                                                   ::chmod(".", 0755);
-                                                                   BecomeNobody();
-                                                               },
-                                                               &BecomeMyself, true};
-        QTest::newRow("full disk") << Fault{[=] {
-                                                fs::create_directories("bad");
-                                                fs::create_symlink("/dev/full", path);
-                                            },
-                                            [=] { fs::remove(path); }, false};
-        QTest::newRow("limit of a file's size")
-            << Fault{[=] {
-                         WriteFile(path, std::string(200'000, 'x') + "\n");
-                         SetSoftLimit(RLIMIT_FSIZE, 200'000);
-                     },
-                     [] { SetSoftLimit(RLIMIT_FSIZE, RLIM_INFINITY); }, false};
+        const auto removePath = [=] { fs::remove(path); };
+        row("a directory in the file's place", {[=] { fs::create_directories(path); }, removePath, true});
+        row("a file in the directory's place",
+            {[] { WriteFile("bad", ""); }, [] { fs::remove("bad"); }, true});
+        row("no more open files", {&AllowNoMoreFiles, [] { SetLimit(RLIMIT_NOFILE, RLIM_INFINITY); }, true});
+        const auto protect = [=] {
+            WriteFile(path, "");
+            ::chmod(path.c_str(), 0444);
+            ActAs(65534);
+        };
+        row("a file that may only be read", {protect, [] { ActAs(::getuid()); }, true});
+        const auto fill = [=] {
+            fs::create_directories("bad");
+            fs::create_symlink("/dev/full", path);
+        };
+        row("full disk", {fill, removePath, false});
+        const auto limit = [=] {
+            WriteFile(path, std::string(200'000, 'x') + "\n");
+            SetLimit(RLIMIT_FSIZE, 200'000);
+        };
+        row("limit of a file's size", {limit, [] { SetLimit(RLIMIT_FSIZE, RLIM_INFINITY); }, false});
     }
 
     void AFailureStaysWithItsLogger()
     {
         QFETCH(const Fault, fault);
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         const int bad = manager.CreateLogger("bad");
@@ -282,21 +271,6 @@ private Q_SLOTS:
         QCOMPARE(TextsOf("good").back(), std::string("last"));
         const std::vector<std::string> inBad = TextsOf("bad", "bad");
         QCOMPARE(!inBad.empty() && inBad.back() == "repaired", !fault.switchesOff);
-    }
-
-    void ARemovedDirectoryComesBackWithTheNextFile()
-    {
-        const Stage stage;
-        SetSurroundings world;
-        LogerManager manager(world);
-        QVERIFY(manager.Start());
-        const Logger log(0, manager);
-        QTRY_COMPARE(FilesIn("data/log").size(), std::size_t(1));
-        fs::remove_all("data");
-        world.now = At(2026, 11, 23);
-        QVERIFY(log.Write(Info, "next day"));
-        QVERIFY(manager.Stop());
-        QCOMPARE(TextsOf("Main"), std::vector<std::string>{"next day"});
     }
 };
 PANELRY_TEST(FilesTest)

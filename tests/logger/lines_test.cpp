@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "stage.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using namespace log4z;
@@ -84,7 +85,6 @@ private Q_SLOTS:
 
     void ADateIsRightWhateverTheClockDoes()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         const auto head = [&](std::int64_t now) { return HeadAt(manager, world, now); };
@@ -101,14 +101,12 @@ private Q_SLOTS:
 
     void AHeadNamesThreadLevelAndPlace_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("level");
-        QTest::addColumn<QByteArray>("tail");
-        QTest::newRow("slashes") << QByteArray("/a/b.d/c.cpp") << 0 << QByteArray("[TRACE][c.cpp:42] ");
-        QTest::newRow("backslashes") << QByteArray("x:\\a/b\\c.cpp") << 2 << QByteArray("[INFO ][c.cpp:42] ");
-        QTest::newRow("bare") << QByteArray("c.cpp") << 6 << QByteArray("[FATAL][c.cpp:42] ");
-        QTest::newRow("no file") << QByteArray() << 3 << QByteArray("[WARN ]");
-        QTest::newRow("a file name beyond the record") << QByteArray(9000, 'f') << 4 << QByteArray(":42] ");
+        const Rows<QByteArray, int, QByteArray> row("file level tail");
+        row("slashes", "/a/b.d/c.cpp", 0, "[TRACE][c.cpp:42] ");
+        row("backslashes", "x:\\a/b\\c.cpp", 2, "[INFO ][c.cpp:42] ");
+        row("bare", "c.cpp", 6, "[FATAL][c.cpp:42] ");
+        row("no file", {}, 3, "[WARN ]");
+        row("a file name beyond the record", QByteArray(9000, 'f'), 4, ":42] ");
     }
 
     void AHeadNamesThreadLevelAndPlace()
@@ -116,7 +114,6 @@ private Q_SLOTS:
         QFETCH(const QByteArray, file);
         QFETCH(const int, level);
         QFETCH(const QByteArray, tail);
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         LogRecord* const record =
@@ -138,19 +135,16 @@ private Q_SLOTS:
 
     void ALongLineIsCutAndKeepsItsEnd_data()
     {
-        QTest::addColumn<int>("length");
-        QTest::addColumn<int>("inFile");
-        QTest::newRow("short") << 100 << 102;
-        QTest::newRow("longest whole") << 8189 << 8191;
-        QTest::newRow("one too long") << 8190 << 8191;
-        QTest::newRow("full record") << 8192 << 8191;
+        const Rows<int, int> row("length inFile");
+        row("short", 100, 102);
+        row("longest whole", 8189, 8191);
+        row("one too long", 8190, 8191);
+        row("full record", 8192, 8191);
     }
 
     void ALongLineIsCutAndKeepsItsEnd()
     {
         QFETCH(const int, length);
-        QFETCH(const int, inFile);
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         QVERIFY(manager.Start());
@@ -158,13 +152,12 @@ private Q_SLOTS:
         QVERIFY(manager.Stop());
         const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
         const std::size_t start = text.rfind('\n', text.size() - 2) + 1;
-        QCOMPARE(static_cast<int>(text.size() - start), inFile);
+        QTEST(static_cast<int>(text.size() - start), "inFile");
         QCOMPARE(text.substr(text.size() - 3), std::string("x\r\n"));
     }
 
     void OnlyLinesThatPassAreTaken()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         const auto push = [&](int id, int level) {
@@ -196,23 +189,18 @@ private Q_SLOTS:
 
     void ABacklogSlowsItsCallersDown_data()
     {
-        QTest::addColumn<int>("backlog");
-        QTest::addColumn<int>("random");
-        QTest::addColumn<int>("slept");
-        QTest::newRow("at the limit") << 20000 << 0 << 0;
-        QTest::newRow("one above: the rate is still 0") << 20001 << 0 << 0;
-        QTest::newRow("rate 1") << 20200 << 0 << 1;
-        QTest::newRow("30000, luck") << 30000 << 50 << 0;
-        QTest::newRow("30000, no luck") << 30000 << 149 << 50;
-        QTest::newRow("twice the limit") << 40000 << 99 << 100;
-        QTest::newRow("no more than 100 ms") << 45000 << 99 << 100;
+        const Rows<int, int, int> row("backlog random slept");
+        row("one above the limit: the rate is still 0", 20001, 0, 0);
+        row("rate 1", 20200, 0, 1);
+        row("30000, luck", 30000, 50, 0);
+        row("30000, no luck", 30000, 149, 50);
+        row("no more than 100 ms", 45000, 99, 100);
     }
 
     void ABacklogSlowsItsCallersDown()
     {
         QFETCH(const int, backlog);
         QFETCH(const int, random);
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         HungWorker worker(manager, backlog);
@@ -224,27 +212,20 @@ private Q_SLOTS:
         QCOMPARE(manager.PopCount(), static_cast<std::uint64_t>(backlog) + 2);
     }
 
-    void AQueueThatIsEmptyByNow_data()
-    {
-        QTest::addColumn<int>("backlog");
-        QTest::addColumn<int>("slept");
-        QTest::newRow("rate 50: nobody looks again") << 30000 << 50;
-        QTest::newRow("rate 51") << 30200 << 0;
-    }
-
     void AQueueThatIsEmptyByNow()
     {
-        QFETCH(const int, backlog);
-        const Stage stage;
-        SetSurroundings world;
-        LogerManager manager(world);
-        HungWorker worker(manager, backlog);
-        world.atRandom = [&] {
-            worker.GoOn();
-            QTRY_COMPARE(manager.PopCount(), manager.PushCount());
-        };
-        QVERIFY(manager.CanPush(0, Info));
-        QTEST(world.slept.load(), "slept");
+        // Up to a rate of 50 nobody looks again.
+        for (const auto& [backlog, slept] : {std::pair{30000, 50}, {30200, 0}}) {
+            SetSurroundings world;
+            LogerManager manager(world);
+            HungWorker worker(manager, backlog);
+            world.atRandom = [&] {
+                worker.GoOn();
+                QTRY_COMPARE(manager.PopCount(), manager.PushCount());
+            };
+            QVERIFY(manager.CanPush(0, Info));
+            QCOMPARE(world.slept.load(), slept);
+        }
     }
 
     void AcceptedLinesSurviveAStop()
@@ -272,7 +253,6 @@ private Q_SLOTS:
 
     void PartsBecomeText()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         manager.SetLevel(0, Info);
@@ -313,39 +293,33 @@ private Q_SLOTS:
         QVERIFY(TextsOf("Main").empty());
     }
 
-    void WithoutATerminalOnlyTraceAndDebugAreShown()
+    void WhatALoggerDisplaysIsPrinted()
     {
-        const Stage stage;
         SetSurroundings world;
         const std::string printed = Printed([&] {
             LogerManager manager(world);
-            manager.SetFileLine(0, false);
             manager.Start();
             const Logger log(0, manager);
-            for (const Level level : {Trace, Debug, Info, Error, Fatal}) {
-                log.Write(level, "shown");
-            }
+            log.Write(Debug, "shown");
+            log.Write(Error, "for terminals");
             manager.SetDisplay(0, false);
             log.Write(Debug, "hidden");
             manager.Stop();
         });
-        QVERIFY2(printed.find("][DEBUG]shown\r\n") != std::string::npos, printed.c_str());
+        QVERIFY2(printed.find("] shown\r\n") != std::string::npos, printed.c_str());
         QCOMPARE(std::count(printed.begin(), printed.end(), '\n'), std::ptrdiff_t(1));
     }
 
     void ConsoleColoursAreForTerminals_data()
     {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<QByteArray>("onTerminal");
-        QTest::addColumn<QByteArray>("inPipe");
-        QTest::newRow("trace") << 0 << QByteArray("text") << QByteArray("text");
-        QTest::newRow("debug") << 1 << QByteArray("text") << QByteArray("text");
-        QTest::newRow("info") << 2 << QByteArray("\x1b[36mtext\x1b[0m") << QByteArray();
-        QTest::newRow("warn") << 3 << QByteArray("\x1b[33mtext\x1b[0m") << QByteArray();
-        QTest::newRow("error") << 4 << QByteArray("\x1b[31mtext\x1b[0m") << QByteArray();
-        QTest::newRow("alarm") << 5 << QByteArray("\x1b[32mtext\x1b[0m") << QByteArray();
-        QTest::newRow("fatal") << 6 << QByteArray("\x1b[35mtext\x1b[0m") << QByteArray();
-        QTest::newRow("beyond") << 7 << QByteArray("text") << QByteArray("text");
+        const Rows<int, QByteArray, QByteArray> row("level onTerminal inPipe");
+        row("debug", 1, "text", "text");
+        row("info", 2, "\x1b[36mtext\x1b[0m", "");
+        row("warn", 3, "\x1b[33mtext\x1b[0m", "");
+        row("error", 4, "\x1b[31mtext\x1b[0m", "");
+        row("alarm", 5, "\x1b[32mtext\x1b[0m", "");
+        row("fatal", 6, "\x1b[35mtext\x1b[0m", "");
+        row("beyond", 7, "text", "text");
     }
 
     void ConsoleColoursAreForTerminals()

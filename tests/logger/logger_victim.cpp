@@ -5,7 +5,6 @@
 #include <linux/seccomp.h>
 #include <malloc.h>
 #include <signal.h>
-#include <sys/inotify.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -140,8 +139,6 @@ void Crash(const std::string& fate)
         *static_cast<volatile char*>(::mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) = 1;
     } else if (fate == "overflow") {
         Overflow(0);
-    } else if (fate == "sent") {
-        ::kill(::getpid(), SIGBUS);
     } else if (fate == "forbidden") {
         CallWhatIsForbidden();
     } else if (fate == "lost page") {
@@ -152,8 +149,6 @@ void Crash(const std::string& fate)
                 log.Write(log4z::Info, "noise");
             }
         }).detach();
-        std::abort();
-    } else if (fate == "abort") {
         std::abort();
     }
 }
@@ -170,47 +165,7 @@ void WriteAsModule()
     EndLogging();
 }
 
-void LiveTwice()
-{
-    BeginLogging(kConfig, true);
-    Logger().Write(log4z::Info, "first");
-    EndLogging();
-    Logger().Write(log4z::Info, "never");
-    BeginLogging(kConfig, true);
-    Logger().Write(log4z::Info, "second");
-    EndLogging();
-}
-
-// Counts how often a directory is read.
-class ReadCounter
-{
-public:
-    explicit ReadCounter(const char* directory) : m_queue(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
-    {
-        ::inotify_add_watch(m_queue, directory, IN_OPEN | IN_CLOSE);  // both: equal neighbours become one
-    }
-    ~ReadCounter() { ::close(m_queue); }
-    ReadCounter(const ReadCounter&) = delete;
-    ReadCounter& operator=(const ReadCounter&) = delete;
-
-    int Count() const
-    {
-        char bytes[4096];
-        const ssize_t count = ::read(m_queue, bytes, sizeof bytes);
-        int opened = 0;
-        inotify_event event;  // of the directory itself, so without a name behind it
-        for (ssize_t at = 0; at + static_cast<ssize_t>(sizeof event) <= count; at += sizeof event) {
-            std::memcpy(&event, bytes + at, sizeof event);
-            opened += (event.mask & IN_OPEN) != 0 ? 1 : 0;
-        }
-        return opened;
-    }
-
-private:
-    const int m_queue;
-};
-
-// The old logs of the first life can't be removed, those of the second can. Returns how often it was tried.
+// The old logs of the first life can't be removed, those of the second can.
 int LiveWhereOldLogsStay()
 {
     namespace fs = std::filesystem;
@@ -221,12 +176,10 @@ int LiveWhereOldLogsStay()
         std::this_thread::yield();
     }
     fs::permissions("data/log", fs::perms(0555));
-    const ReadCounter reads("data/log");
     if (me == 0 && ::seteuid(kNobody) != 0) {  // root may remove anything
-        return -1;
+        return 1;
     }
     EndLogging();
-    const int attempts = reads.Count();
     Logger().Write(log4z::Info, "goes on");
     static_cast<void>(::seteuid(me));
     fs::permissions("data/log", fs::perms(0755));
@@ -234,7 +187,7 @@ int LiveWhereOldLogsStay()
     Logger().Write(log4z::Info, "second");
     EndLogging();
     Logger().Write(log4z::Info, "never");
-    return attempts;
+    return 0;
 }
 
 }  // namespace
@@ -247,8 +200,6 @@ int main(int argc, char* argv[])
         CrashWorker();
     } else if (fate == "module") {
         WriteAsModule();
-    } else if (fate == "lives") {
-        LiveTwice();
     } else if (fate == "stuck") {
         return LiveWhereOldLogsStay();
     } else if (fate == "heap") {
@@ -256,10 +207,6 @@ int main(int argc, char* argv[])
     } else if (fate == "exit") {
         BeginLogging(kConfig, true);
         Logger().Write(log4z::Info, "before the end");
-    } else if (fate == "off") {
-        BeginLogging("", true);
-        WriteModuleText(log4z::Fatal, "never");
-        EndLogging();
     } else {
         Crash(fate);
     }

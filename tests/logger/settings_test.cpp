@@ -8,9 +8,6 @@ using namespace log4z;
 using namespace panelry::test;
 using panelry::logger::Logger;
 
-using Set = std::function<void(LogerManager&)>;
-Q_DECLARE_METATYPE(Set)
-
 /// Ids, life and settings of loggers.
 class SettingsTest : public Test
 {
@@ -59,7 +56,6 @@ private Q_SLOTS:
 
     void ChangesKeepTheirPlaceAmongTheLines()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         manager.SetFileLine(0, true);
@@ -81,7 +77,6 @@ private Q_SLOTS:
 
     void QueuedLinesAreJudgedAgainByTheLevelInForce()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         QVERIFY(manager.Start());
@@ -104,40 +99,33 @@ private Q_SLOTS:
         QCOMPARE(TextsOf("Main"), (std::vector<std::string>{"before", "last", "lowered", "on"}));
     }
 
-    void SwitchesActOnWhatFollows_data()
-    {
-        QTest::addColumn<Set>("set");
-        QTest::addColumn<QByteArray>("file");  // of the second line
-        const QByteArray name = QByteArray::fromStdString(FileName("Main", "202611222125"));
-        QTest::newRow("path") << Set([](LogerManager& m) { m.SetPath(0, "x\\y"); }) << "x\\y/" + name;
-        QTest::newRow("month") << Set([](LogerManager& m) { m.SetMonthDir(0, true); })
-                               << "data/log/2026_11/" + name;
-        QTest::newRow("no file") << Set([](LogerManager& m) { m.SetOutFile(0, false); }) << QByteArray();
-    }
-
     void SwitchesActOnWhatFollows()
     {
-        QFETCH(const Set, set);
-        QFETCH(const QByteArray, file);
-        const Stage stage;
-        SetSurroundings world;
-        LogerManager manager(world);
-        QVERIFY(manager.Start());
-        const Logger log(0, manager);
-        log.Write(Info, "one");
-        set(manager);
-        log.Write(Info, "two");
-        QVERIFY(manager.Stop());
-        for (const std::string& path : FilesIn(".")) {
-            const std::string text = Contents(path);
-            QCOMPARE(text.find("] two\r\n") != std::string::npos, path == file.toStdString());
+        const std::string name = FileName("Main", "202611222125");
+        using Set = std::function<void(LogerManager&)>;
+        const std::vector<std::pair<Set, std::string>> switches{
+            // and the file of the second line
+            {[](LogerManager& m) { m.SetPath(0, "x\\y"); }, "x\\y/" + name},
+            {[](LogerManager& m) { m.SetMonthDir(0, true); }, "data/log/2026_11/" + name},
+            {[](LogerManager& m) { m.SetOutFile(0, false); }, ""}};
+        for (const auto& [set, file] : switches) {
+            SetSurroundings world;
+            LogerManager manager(world);
+            QVERIFY(manager.Start());
+            const Logger log(0, manager);
+            log.Write(Info, "one");
+            set(manager);
+            log.Write(Info, "two");
+            QVERIFY(manager.Stop());
+            for (const std::string& path : FilesIn(".")) {
+                QCOMPARE(Contents(path).find("] two\r\n") != std::string::npos, path == file);
+            }
+            QCOMPARE(FilesIn(".").size(), file.empty() ? std::size_t{1} : std::size_t{2});
         }
-        QVERIFY(file.isEmpty() || FilesIn(".").size() == 2);
     }
 
     void ASecondStartIsSilentUntilLoggersAreEnabled()
     {
-        const Stage stage;
         SetSurroundings world;
         LogerManager manager(world);
         const Logger log(0, manager);

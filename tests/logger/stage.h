@@ -20,7 +20,21 @@ void UseShanghaiTime();
 /// Seconds since 1970 of a local date and time.
 std::int64_t At(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
 
-/// A clock that stands where the test puts it, counted looks at it, and a note of who was put to sleep.
+/// An empty directory that is the current one while it lives.
+class Stage
+{
+public:
+    Stage();
+    ~Stage();
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+
+private:
+    std::string m_former;
+    QTemporaryDir m_directory;
+};
+
+/// On a stage of its own: a clock that stands where the test puts it, and a note of who was put to sleep.
 class SetSurroundings : public logger::Surroundings
 {
 public:
@@ -38,26 +52,13 @@ public:
         return random;
     }
 
+    Stage stage;
     std::atomic<std::int64_t> now{At(2026, 11, 22, 21, 25, 58)};
     std::atomic<int> millis{7};
     std::atomic<std::uint32_t> random{0};
     std::function<void()> atRandom;  // runs where a caller draws a number; set while nobody does
     mutable std::atomic<int> slept{0};
     mutable std::atomic<int> looks{0};  // at the clock
-};
-
-/// An empty directory that is the current one while it lives.
-class Stage
-{
-public:
-    Stage();
-    ~Stage();
-    Stage(const Stage&) = delete;
-    Stage& operator=(const Stage&) = delete;
-
-private:
-    std::string m_former;
-    QTemporaryDir m_directory;
 };
 
 /// The name of a log file of this process: "<program>_<logger>_<minute>_<pid>_<index>.log".

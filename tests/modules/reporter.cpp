@@ -182,8 +182,8 @@ public:
 
     void SetProviders(void* quote, void* trade) override
     {
-        const auto number = [](void* p) { return std::to_string(reinterpret_cast<std::uintptr_t>(p)); };
-        Say("SetProviders " + number(quote) + " " + number(trade));
+        static const auto number = OfHost<std::uintptr_t(void*)>("NumberOfProvider");
+        Say("SetProviders " + std::to_string(number(quote)) + " " + std::to_string(number(trade)));
     }
 
     void SetColorTable(void* table) override

@@ -216,7 +216,7 @@ private Q_SLOTS:
             stage.quotes.m_result = result;
             Codes subscribed = TwoStocks();
             Codes resolved = TwoStocks();
-            QCOMPARE(stage.pair->SubscribeCodes(subscribed, kOn), result);
+            stage.pair->SubscribeCodes(subscribed, kOn);
             QCOMPARE(stage.pair->ResolveCodeMarkets(resolved), result);
             for (const Codes& codes : {subscribed, resolved}) {
                 QCOMPARE(codes.size(), std::size_t{result < 0 ? 1U : 2U});
@@ -276,7 +276,7 @@ private Q_SLOTS:
         constexpr std::uint32_t kThreads = 4;
         constexpr std::uint32_t kEach = 50;
         Stage stage;
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (std::uint32_t thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([&pair = *stage.pair, thread] {
                 for (std::uint32_t i = 0; i < kEach; ++i) {
@@ -290,9 +290,7 @@ private Q_SLOTS:
                 }
             });
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+        threads.clear();  // joins them
         QCOMPARE(stage.pair->SubscribedCodes().size(), std::size_t{kThreads * kEach});
         QCOMPARE(stage.pair->SubscribedTopicsA().size(), std::size_t{kThreads * kEach});
         QCOMPARE(stage.pair->SubscribedTopicsB().size(), std::size_t{kThreads * kEach});

@@ -154,7 +154,6 @@ private Q_SLOTS:
     {
         const Monitor monitor;
         delete monitor.module->GetWidget();
-        Send(*monitor.module, 114, "x");
         Send(*monitor.module, 9002, "x");
         QCOMPARE(monitor.module->GetWidget(), nullptr);
     }

@@ -157,8 +157,7 @@ private Q_SLOTS:
         QVERIFY(source.Widget()->property(panelry::kSupportClone).toBool());
         source.Push(ThreeStocks());
         source.Select("510300");
-        const std::string creation = panelry::CreationText(panelry::CreationMessage(), source.Widget());
-        const Board clone(creation.c_str());
+        const Board clone(panelry::CreationText({}, source.Widget()).c_str());
         QVERIFY(clone.Widget()->Book().Quotes() == source.Widget()->Book().Quotes());
         QCOMPARE(clone.Current(), QStringLiteral("510300"));
         QVERIFY(clone.manager.sent.empty());
@@ -166,9 +165,7 @@ private Q_SLOTS:
 
     void InitParamMayHoldQuotes()
     {
-        const QByteArray creation = R"({"init_param":)" + ThreeStocks() + "}";
-        const Board board(creation.constData());
-        QCOMPARE(board.Current(), QStringLiteral("600519"));
+        const Board board((R"({"init_param":)" + ThreeStocks() + "}").constData());
         QVERIFY(board.Widget()->StatusText().startsWith(QStringLiteral("3 只证券 · 等待推送")));
         board.Push(ThreeStocks());  // it was this one that opened the board
         QVERIFY(board.Widget()->StatusText().startsWith(QStringLiteral("3 只证券 · 推送 1 次")));
@@ -223,13 +220,11 @@ private Q_SLOTS:
     void AWidgetTheLibraryDeletedIsMissedByNobody()
     {
         Board board;
-        board.Push(ThreeStocks());
         delete board.module->GetWidget();
         QCOMPARE(board.module->GetWidget(), nullptr);
         board.Select("000001");
         Send(*board.module, 9001, "");
-        board.module->Initialize(1, "", "", "{}");
-        Send(*board.module, panelry::kPushData, "{}");
+        board.Push(ThreeStocks());
     }
 };
 

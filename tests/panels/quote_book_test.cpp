@@ -28,17 +28,13 @@ private Q_SLOTS:
                   {"not UTF-8", "{\"quotes\":[{\"code\":\"\xff\"}]}", "JSON"},
                   {"too deep", QByteArray(5000, '['), "JSON"},
                   {"somebody else's", Json("{'notice':'x'}"), ""},
-                  {"a list", "[1]", ""},
                   {"quotes no list", Json("{'quotes':{'code':'600519'}}"), "应为列表"},
                   {"element no object", Json("{'quotes':[7]}"), "第 1 项：没有有效的证券代码"},
                   {"code a number", Json("{'quotes':[{'code':600519}]}"), "没有有效的证券代码"},
-                  {"code of spaces", Json("{'quotes':[{'code':'  ','last':'1'}]}"), "没有有效的证券代码"},
                   {"price no number", entry("'last':'abc'"), "600519 最新价“abc”不是有效数字"},
                   {"price a JSON number", entry("'last':1710.5"), "最新价应为文本"},
                   {"volume with a fraction", entry("'volume':'1.5'"), "成交量“1.5”"},
                   {"decimals too many", entry("'decimals':7"), "小数位数"},
-                  {"decimals a fraction", entry("'decimals':2.5"), "小数位数"},
-                  {"decimals empty", entry("'decimals':''"), "小数位数"},
                   {"bids no list", entry("'bids':'x'"), "买盘应为列表"},
                   {"level no pair", entry("'last':'9.99','asks':[['1.00']]"), "卖盘应为[价格,数量]"},
                   {"level's lots bad", entry("'bids':[['1.00','1'],['0.99','x']]"), "买盘量“x”"},
@@ -88,10 +84,9 @@ private Q_SLOTS:
         QCOMPARE(quote.last, panelry::Price(0));
         QCOMPARE(quote.bids[1], panelry::PriceLevel());
         QCOMPARE(quote.asks[4].lots, 5);
-        QCOMPARE(book.Quotes().size(), std::size_t{4});
         QuoteBook copy;
         QCOMPARE(copy.Apply(book.Text().toUtf8()).problems, QStringList());
-        QVERIFY(copy.Quotes() == book.Quotes());
+        QVERIFY(copy.Quotes().size() == 4 && copy.Quotes() == book.Quotes());
     }
 
     void StocksAreBounded()

@@ -5,7 +5,10 @@
 #include <optional>
 
 #include "bridge/config_store.h"
+#include "support/rows.h"
 #include "support/test.h"
+
+using panelry::test::Rows;
 
 class ResourceManagerTest : public panelry::test::Test
 {
@@ -15,19 +18,12 @@ private Q_SLOTS:
     // The same settings through both reads: the tables let a user blank a value, the store doesn't.
     void BothReads_data()
     {
-        QTest::addColumn<QByteArray>("system");
-        QTest::addColumn<QByteArray>("user");
-        QTest::addColumn<QByteArray>("fromTables");
-        QTest::addColumn<QByteArray>("fromStore");
+        const Rows<QByteArray, QByteArray, QByteArray, QByteArray> row("system user fromTables fromStore");
         const QByteArray value = R"({"general": {"language": "system"}})";
         const QByteArray other = R"({"general": {"language": "user"}})";
         const QByteArray blank = R"({"general": {"language": ""}})";
         const QByteArray keyMissing = R"({"general": {"x": "y"}})";
         const QByteArray swapped = R"({"language": {"general": "swapped"}})";
-        const auto row = [](const char* name, const QByteArray& system, const QByteArray& user,
-                            const QByteArray& fromTables, const QByteArray& fromStore) {
-            QTest::newRow(name) << system << user << fromTables << fromStore;
-        };
         row("user wins", value, other, "user", "user");
         row("user blanks it", value, blank, "", "system");
         row("user has the section alone", value, keyMissing, "system", "system");

@@ -29,6 +29,27 @@ void PlaceProgram(const QString& from, const QString& to)
 
 }  // namespace
 
+QString Operate(int id, const char* verb, const char* keys)
+{
+    const QString more = *keys ? QLatin1Char(',') + QString::fromUtf8(keys) : QString();
+    return QStringLiteral(R"(notify 0 %1 {"operate":"%2"%3})")
+        .arg(QString::number(id), QLatin1String(verb), more);
+}
+
+QString Tell(int id, const char* order)
+{
+    const QString text = QStringLiteral(R"(notify 0 %1 {"operate":"notify","cmd":"900","bussiness":"%2"})");
+    return text.arg(QString::number(id), QString::fromUtf8(order));
+}
+
+QString OutputOf(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
 HostProcess::HostProcess()
 {
     PlaceProgram(QStringLiteral(PANELRY_TEST_HOST), m_folder.filePath(QStringLiteral("host")));
@@ -75,6 +96,7 @@ void HostProcess::Write(const QString& path, const QByteArray& content) const
 
 bool HostProcess::Start(const QStringList& arguments)
 {
+    AddModules(QStringLiteral("reporter"));
     m_process.start(m_folder.filePath(QStringLiteral("host")),
                     QStringList(QStringLiteral(PANELRY_TEST_LIBRARY_FILE)) + arguments);
     return m_process.waitForStarted();
@@ -82,7 +104,6 @@ bool HostProcess::Start(const QStringList& arguments)
 
 bool HostProcess::StartAndInit()
 {
-    AddModules(QStringLiteral("reporter"));
     Write(QStringLiteral("sysconfig/config.json"), R"({"system":{"load_font":"0"}})");
     const bool started = Start();
     Do(QStringLiteral("init 16 32 1"));
@@ -90,16 +111,20 @@ bool HostProcess::StartAndInit()
     return started && Settle().contains(QStringLiteral("loading reporter")) && Settle().isEmpty();
 }
 
-void HostProcess::Do(const QString& command)
+bool HostProcess::Do(const QString& command)
 {
+    const QString wait = QStringLiteral("wait ");
+    if (command.startsWith(wait)) {
+        return !Wait(command.mid(wait.size())).isNull();
+    }
     m_process.write(command.toUtf8() + '\n');
+    return true;
 }
 
-void HostProcess::Do(const QStringList& commands)
+bool HostProcess::Do(const QStringList& commands)
 {
-    for (const QString& command : commands) {
-        Do(command);
-    }
+    return std::all_of(commands.begin(), commands.end(),
+                       [this](const QString& command) { return Do(command); });
 }
 
 bool HostProcess::ReadMore(int deadlineMs)
@@ -184,10 +209,9 @@ QStringList HostProcess::SettleBriefly()
 
 QString HostProcess::Ask(int id, const QString& question)
 {
-    Do(QStringLiteral(
-           R"(notify 0 %1 {"operate":"notify","need_create_new":"0","cmd":"900","bussiness":"ask %2"})")
-           .arg(id)
-           .arg(question));
+    const QString keys =
+        QStringLiteral(R"("need_create_new":"0","cmd":"900","bussiness":"ask %1")").arg(question);
+    Do(Operate(id, "notify", keys.toUtf8().constData()));
     const QString key = QStringLiteral(" answer ");
     return Await(key, true).section(key, 1);
 }
@@ -211,9 +235,9 @@ bool HostProcess::Dies()
 
 bool HostProcess::End(const QStringList& commands, int status)
 {
-    Do(commands);
+    const bool done = Do(commands);
     Do(QStringLiteral("exit %1").arg(status));
-    if (!Dies() && m_process.state() == QProcess::NotRunning && Status() == status) {
+    if (!Dies() && done && m_process.state() == QProcess::NotRunning && Status() == status) {
         return true;
     }
     qInfo("ended with %d, not %d:\n%s", Status(), status, Story().constData());

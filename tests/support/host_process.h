@@ -7,8 +7,16 @@
 namespace panelry::test
 {
 
+/// The command that sends {"operate":VERB, and the keys behind it}, given without blanks.
+QString Operate(int id, const char* verb, const char* keys = "");
+/// The command that makes a module of tests/modules/reporter.cpp obey.
+QString Tell(int id, const char* order);
+
+/// What another program prints, without the blanks around it.
+QString OutputOf(const QString& program, const QStringList& arguments);
+
 /// The host program of the contract tests (tests/contract/contract_host.cpp) in a process and a folder of its
-/// own. The folder starts with the program alone; the test adds module libraries and configuration, then
+/// own. The folder starts with the program alone; the test adds other module libraries and configuration, then
 /// calls Start(). Every wait has a deadline, far beyond what a slow machine takes, and ends early if the host
 /// dies.
 class HostProcess
@@ -28,19 +36,20 @@ public:
     void Set(const QString& variable, const QString& value);
     QString Folder() const { return m_folder.path(); }
 
+    /// Links the reporter library and starts the host.
     bool Start(const QStringList& arguments = {});
-    /// Init with the providers 16 and 32 and the callback, with the reporter library and without fonts; back
+    /// Init with the providers 16 and 32 and the callback, without fonts; back
     /// when the panels are running.
     bool StartAndInit();
 
-    /// Sends a command line to the host.
-    void Do(const QString& command);
-    void Do(const QStringList& commands);
+    /// Sends a command line to the host; "wait TEXT" waits for a line with that text. False if none comes.
+    bool Do(const QString& command);
+    bool Do(const QStringList& commands);
 
     /// Waits for a line that contains `needle`, behind the last one that was waited for. Null when none came.
     QString Wait(const QString& needle);
     /// Waits until the panels have done all that was sent before; the lines since the last wait, without
-    /// those that the waiting itself brought about. The reporter library must be there.
+    /// those that the waiting itself brought about.
     QStringList Settle();
     /// The same lines without those of a panel's making, which every panel has.
     QStringList SettleBriefly();

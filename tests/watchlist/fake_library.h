@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QtTest>
-#include <set>
 #include <vector>
 
 #include "hosting/message_ids.h"
@@ -22,7 +21,8 @@ public:
         QVERIFY(target == kAlongLink && sender != nullptr);
         if (msgId == kWatchlistRequest) {
             auto& request = *static_cast<WatchlistRequest*>(payload);
-            Note(request.cmd);
+            m_listening += request.cmd == kListenWatchlist || request.cmd == kListenLatest;
+            m_listening -= request.cmd == kUnlistenWatchlist || request.cmd == kUnlistenLatest;
             m_present.HandleRequest(request);
         } else if (msgId == kStockSelected) {
             m_selected.push_back(*static_cast<StringMap*>(payload));
@@ -32,19 +32,10 @@ public:
     std::shared_ptr<ModuleBase> CreateSubModule(int, ModuleBase*) override { return {}; }
     void WriteModuleLog(int, const char*) override {}
 
-    std::vector<StringMap> m_selected;        // by message 102, as they were sent
-    std::multiset<std::int32_t> m_listening;  // the commands with which listeners came that haven't gone
+    std::vector<StringMap> m_selected;  // by message 102, as they were sent
+    int m_listening = 0;                // listeners that came and haven't gone
 
 private:
-    void Note(std::int32_t command)
-    {
-        if (command == kListenWatchlist || command == kListenLatest) {
-            m_listening.insert(command);
-        } else if (command == kUnlistenWatchlist || command == kUnlistenLatest) {
-            m_listening.erase(command - 1);
-        }
-    }
-
     WatchlistManagerPresent& m_present;
 };
 

@@ -1,3 +1,4 @@
+#include "support/rows.h"
 #include "support/test.h"
 #include "watchlist/list_stage.h"
 
@@ -38,13 +39,7 @@ class LatestTest : public panelry::test::Test
 private Q_SLOTS:
     void Selecting_data()
     {
-        QTest::addColumn<std::string>("file");      // how it was
-        QTest::addColumn<std::string>("selected");  // one after the other
-        QTest::addColumn<std::string>("expected");
-        const auto row = [](const char* name, const std::string& file, const std::string& selected,
-                            const std::string& expected) {
-            QTest::newRow(name) << file << selected << expected;
-        };
+        const Rows<std::string, std::string, std::string> row("file selected expected");
         row("newest first", "", "1/1=one 2/1=two", "2/1=two 1/1=one");
         row("once, under its newest name", "", "1/1=old 2/1=two 1/1=new", "1/1=new 2/1=two");
         row("two markets, two entries", "", "1/1= 1/2=", "1/2= 1/1=");

@@ -2,6 +2,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "support/rows.h"
 #include "support/test.h"
 #include "watchlist/fake_library.h"
 #include "watchlist/list_stage.h"
@@ -133,12 +134,11 @@ private Q_SLOTS:
 
     void Adding_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<std::string>("added");
-        QTest::newRow("Shanghai by its code") << QStringLiteral("688981") << std::string(" 688981/16=");
-        QTest::newRow("Shenzhen by its code") << QStringLiteral("300750") << std::string(" 300750/32=");
-        QTest::newRow("there already") << QStringLiteral("600519") << std::string();
-        QTest::newRow("nothing") << QString() << std::string();
+        const Rows<QString, std::string> row("typed added");
+        row("Shanghai by its code", QStringLiteral("688981"), " 688981/16=");
+        row("Shenzhen by its code", QStringLiteral("300750"), " 300750/32=");
+        row("there already", QStringLiteral("600519"), "");
+        row("nothing", QString(), "");
     }
 
     void Adding()
@@ -173,14 +173,14 @@ private Q_SLOTS:
     {
         for (const bool widgetFirst : {false, true}) {
             PanelStage stage;
-            QCOMPARE(stage.m_library.m_listening.size(), std::size_t{2});
+            QCOMPARE(stage.m_library.m_listening, 2);
             if (widgetFirst) {
                 delete stage.m_module->GetWidget();
                 stage.m_lists.Request(kAddStocks, "1/1");
                 QVERIFY(!stage.m_module->GetWidget());
             }
             stage.m_module.reset();
-            QVERIFY(stage.m_library.m_listening.empty());
+            QCOMPARE(stage.m_library.m_listening, 0);
             stage.m_lists.Request(kAddStocks, "2/2");
         }
     }

