@@ -8,6 +8,7 @@ set(public_headers
   base/host_text.h
   base/number_text.h
   base/singleton.h
+  base/wake_up.h
   bridge/exports.h
   bridge/host_callback.h
   hosting/frame_width_event.h

@@ -1,6 +1,5 @@
 #include "host_tables/trade_link.h"
 
-#include <QMetaObject>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -21,7 +20,7 @@ public:
         std::vector<std::shared_ptr<StockInfoAnswer>> answers;
     };
 
-    explicit Observer(TradeLink* link) : m_link(link) {}
+    explicit Observer(WakeUp* reader) : m_reader(reader) {}
 
     void* ObserverSelf() override { return this; }
     void OnTableChanged(const std::string& name, std::shared_ptr<HostTable> table) override
@@ -67,7 +66,7 @@ public:
     {
         News unread;  // freed without the lock
         const std::lock_guard guard(m_lock);
-        m_link = nullptr;
+        m_reader = nullptr;
         std::swap(unread, m_news);
     }
 
@@ -76,27 +75,28 @@ private:
     void Leave(Put put)
     {
         const std::lock_guard guard(m_lock);
-        if (!m_link) {
+        if (!m_reader) {
             return;
         }
         put(m_news);
         if (!std::exchange(m_told, true)) {
-            QMetaObject::invokeMethod(m_link, &TradeLink::TakeNews, Qt::QueuedConnection);
+            m_reader->Post();
         }
     }
 
     std::mutex m_lock;  // guards the rest
-    TradeLink* m_link;
+    WakeUp* m_reader;
     News m_news;
     bool m_told = false;
 };
 
-TradeLink::TradeLink(TradeProvider* provider, QObject* parent) : QObject(parent)
+TradeLink::TradeLink(TradeProvider* provider, QObject* parent)
+    : QObject(parent), m_reader([this] { TakeNews(); })
 {
     if (!provider) {
         return;
     }
-    m_observer = std::make_shared<Observer>(this);
+    m_observer = std::make_shared<Observer>(&m_reader);
     m_observer->SetProvider(provider);
     for (DataDealBase* const logic :
          std::initializer_list<DataDealBase*>{&m_form, &m_funds, &m_marginFunds}) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "base/wake_up.h"
 #include "services/host_table.h"
 #include "services/records.h"
 #include "tables/rzrq_zi_jin_info.h"
@@ -58,6 +59,7 @@ private:
     void TakeNews();
     void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
 
+    WakeUp m_reader;                       // called when there is news
     std::shared_ptr<Observer> m_observer;  // null without a provider
     TableFormInfo m_form;
     ZiJinInfo m_funds;

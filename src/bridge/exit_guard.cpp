@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdlib>
 
+#include "base/posting_order.h"
 #include "base/singleton.h"
 #include "bridge/application_thread_mark.h"
 #include "bridge/host_gate.h"
@@ -36,6 +37,7 @@ void OnExit()
     AutoRefresh::StopForExit();
     // Nobody is there yet or any more: then the thread comes by the guard on its way up, or is about to end.
     if (const HostGate::Visit visit(Gate); visit.Manager()) {
+        const Posting posting;
         QMetaObject::invokeMethod(visit.Manager(), &HaltIfExiting, Qt::QueuedConnection);
     }
     AwaitThreadEnd(kPatience);

@@ -3,9 +3,11 @@
 #include <atomic>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
+#include "base/posting_order.h"
 #include "bridge/application_thread_mark.h"
 #include "bridge/deferred_queue.h"
 #include "bridge/host_gate.h"
@@ -26,8 +28,13 @@ std::atomic<bool> StopRequested{false};
 // Host threads emit parked messages, and what follows them, one thread after the other.
 std::mutex FlushOrderLock;
 
+// Straight through on the application thread, queued from any other.
 void Emit(ContainerManager& manager, std::int32_t type, std::int32_t id, const std::string& text)
 {
+    std::optional<Posting> posting;
+    if (!OnApplicationThread()) {
+        posting.emplace();
+    }
     if (type == kOperateMessage) {
         Q_EMIT manager.SignalOperateFromDealDesk(id, text);
     } else if (type == kPushMessage) {

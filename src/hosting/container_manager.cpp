@@ -8,6 +8,7 @@
 #include <QWidget>
 #include <utility>
 
+#include "base/posting_order.h"
 #include "bridge/deferred_queue.h"
 #include "bridge/host_gate.h"
 #include "hosting/container_widget.h"
@@ -336,6 +337,13 @@ void ContainerManager::Quit()
         DestroyPanels();
     }
     QCoreApplication::quit();
+}
+
+// Host messages cross the threads as events of this object.
+bool ContainerManager::event(QEvent* event)
+{
+    panelry::AwaitPosted();
+    return QObject::event(event);
 }
 
 void ContainerManager::FinishQuit()

@@ -63,6 +63,8 @@ public:
     /// them.
     void RefreshCloneButtons(int nComponentId);
 
+    bool event(QEvent* event) override;
+
     /// Destroys the panels that are left when the event loop has ended: "quit" may come at a moment when they
     /// can't be, and a module may end the loop without asking anybody.
     void FinishQuit();

@@ -1,7 +1,5 @@
 #include "input/hook_subscription.h"
 
-#include <QCoreApplication>
-#include <QEvent>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,18 +17,11 @@ namespace
 
 constexpr std::size_t kMostTaken = 1000;
 
-QEvent::Type TakenEvent()
-{
-    static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
-    return type;
-}
-
 }  // namespace
 
 HookSubscription::HookSubscription(ModuleBase& module, Handler handler)
-    : m_module(module), m_handler(std::move(handler))
+    : m_module(module), m_handler(std::move(handler)), m_reader([this] { HandOver(); })
 {
-    TakenEvent();  // not first on the hook thread
 }
 
 HookSubscription::~HookSubscription()
@@ -82,15 +73,12 @@ void HookSubscription::Take(const void* payload)
         return;
     }
     m_taken.push_back(*static_cast<const uiohook_event*>(payload));
-    QCoreApplication::postEvent(this, new QEvent(TakenEvent()));
+    m_reader.Post();
 }
 
-bool HookSubscription::event(QEvent* event)
+// One event a call: an event loop inside the handler goes on where this one stands.
+void HookSubscription::HandOver()
 {
-    if (event->type() != TakenEvent()) {
-        return QObject::event(event);
-    }
-    // One for each that was posted: an event loop inside the handler goes on where this one stands.
     uiohook_event taken{};
     {
         const std::lock_guard guard(m_lock);
@@ -99,7 +87,6 @@ bool HookSubscription::event(QEvent* event)
     }
     const Handler handler = m_handler;  // a copy: the module may die in it
     handler(taken);
-    return true;
 }
 
 }  // namespace panelry

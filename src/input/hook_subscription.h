@@ -2,13 +2,14 @@
 
 #include <uiohook.h>
 
-#include <QObject>
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "base/wake_up.h"
 
 class ModuleBase;
 
@@ -26,7 +27,7 @@ namespace panelry
 /// Threading: application thread, but for Take().
 /// Failures: events that nobody fetches are dropped beyond the first thousand. A module that isn't connected to the
 ///   library yet (m_manager is null) hears nothing.
-class HookSubscription : public QObject
+class HookSubscription
 {
 public:
     using Handler = std::function<void(const uiohook_event&)>;
@@ -34,7 +35,9 @@ public:
 
     HookSubscription(ModuleBase& module, Handler handler);
     /// Unregisters the module from all types that were listened to. What was taken but not handled is dropped.
-    ~HookSubscription() override;
+    ~HookSubscription();
+    HookSubscription(const HookSubscription&) = delete;
+    HookSubscription& operator=(const HookSubscription&) = delete;
 
     /// Every event of the type; for keys those of the module's combinations, if it has some.
     void Listen(event_type type);
@@ -47,13 +50,13 @@ public:
     /// Hook thread: call it in OnMessage for message 119.
     void Take(const void* payload);
 
-    bool event(QEvent* event) override;
-
 private:
+    void HandOver();
     void Send(int message, event_type type, const Combinations* combinations);
 
     ModuleBase& m_module;
     const Handler m_handler;
+    WakeUp m_reader;  // called once for each event that was taken
     std::set<event_type> m_types;
 
     std::mutex m_lock;  // guards the next one, which the hook thread fills

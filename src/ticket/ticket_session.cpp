@@ -1,15 +1,14 @@
 #include "ticket/ticket_session.h"
 
-#include <QMetaObject>
 #include <QObject>
 #include <QPointer>
 #include <deque>
 #include <exception>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <utility>
 
+#include "base/wake_up.h"
 #include "ticket/ticket_keys.h"
 
 namespace panelry
@@ -39,11 +38,8 @@ public:
         std::deque<std::shared_ptr<QuotePushRecord>> pushes;
     };
 
-    /// `taken` runs in `receiver`'s thread after something was put in.
-    TicketMailbox(QObject* receiver, std::function<void()> taken)
-        : m_taken(std::move(taken)), m_receiver(receiver)
-    {
-    }
+    /// `reader` is called after something was put in.
+    explicit TicketMailbox(WakeUp* reader) : m_reader(reader) {}
 
     void Put(std::shared_ptr<StockInfoAnswer> answer) { Put(m_news.answers, std::move(answer)); }
     void Put(std::shared_ptr<QuotePushRecord> push) { Put(m_news.pushes, std::move(push)); }
@@ -59,7 +55,7 @@ public:
     void Close()
     {
         const std::lock_guard guard(m_lock);
-        m_receiver = nullptr;
+        m_reader = nullptr;
         m_news = {};
     }
 
@@ -76,18 +72,16 @@ private:
         Call();
     }
 
-    // With the lock held, so that the receiver can't die meanwhile; the call itself is only queued.
+    // With the lock held, so that the reader can't die meanwhile.
     void Call()
     {
-        if (m_receiver && !std::exchange(m_called, true)) {
-            QMetaObject::invokeMethod(m_receiver, m_taken, Qt::QueuedConnection);
+        if (m_reader && !std::exchange(m_called, true)) {
+            m_reader->Post();
         }
     }
 
-    const std::function<void()> m_taken;
-
     std::mutex m_lock;  // guards the rest
-    QObject* m_receiver;
+    WakeUp* m_reader;
     bool m_called = false;
     News m_news;
 };
@@ -123,8 +117,8 @@ private:
 
 TicketSession::TicketSession(QuoteProvider* quotes, TradeProvider* trades, TicketListener& listener)
     : m_listener(listener),
-      m_receiver(std::make_unique<QObject>()),
-      m_mailbox(std::make_shared<TicketMailbox>(m_receiver.get(), [this] { TakeNews(); })),
+      m_reader(std::make_unique<WakeUp>([this] { TakeNews(); })),
+      m_mailbox(std::make_shared<TicketMailbox>(m_reader.get())),
       m_sides(std::make_shared<TicketSides>(m_mailbox))
 {
     m_rules.SetObservers(m_sides, m_sides);
@@ -170,7 +164,7 @@ void TicketSession::AskUsableAmount(const std::string& price)
 void TicketSession::TakeNews()
 {
     const TicketMailbox::News news = m_mailbox->Take();
-    const QPointer<QObject> alive(m_receiver.get());  // a listener may end the session
+    const QPointer<QObject> alive(m_reader.get());  // a listener may end the session
     try {
         for (const std::shared_ptr<StockInfoAnswer>& answer : news.answers) {
             if (alive && IsForThisTicket(*answer)) {

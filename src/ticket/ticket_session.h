@@ -10,12 +10,11 @@
 #include "services/trade_provider.h"
 #include "ticket/data_deal_base.h"
 
-class QObject;
-
 namespace panelry
 {
 
 class TicketMailbox;
+class WakeUp;
 class TicketSides;
 
 /// What has changed a ticket.
@@ -110,7 +109,7 @@ private:
     std::int64_t m_requests = 0;           // sent so far; they are numbered from 1 on
     std::string m_usableRequest;           // number of the latest question for the usable quantity
     std::vector<MarketCode> m_subscribed;  // none or one
-    std::unique_ptr<QObject> m_receiver;   // in it the mailbox's events arrive
+    std::unique_ptr<WakeUp> m_reader;      // what the mailbox calls
     std::shared_ptr<TicketMailbox> m_mailbox;
     std::shared_ptr<TicketSides> m_sides;
 };
