@@ -1,3 +1,9 @@
+# Where the sanitizers read what isn't our fault.
+set(panelry_sanitizer_environment
+  "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/suppressions/lsan.txt:print_suppressions=0"
+  "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/suppressions/tsan.txt:ignore_noninstrumented_modules=1"
+  "UBSAN_OPTIONS=print_stacktrace=1")
+
 # panelry_add_test(NAME SOURCES file... [LIBS target...] [DEPENDS target...] [DESKTOP])
 #
 # One test executable a folder: Qt Test classes that register themselves (tests/support/test.h), on the offscreen
@@ -12,11 +18,7 @@ function(panelry_add_test name)
   if(arg_DEPENDS)
     add_dependencies(${name} ${arg_DEPENDS})
   endif()
-  set(suppressions "${PROJECT_SOURCE_DIR}/tests/suppressions")
-  set(environment
-    "LSAN_OPTIONS=suppressions=${suppressions}/lsan.txt:print_suppressions=0"
-    "TSAN_OPTIONS=suppressions=${suppressions}/tsan.txt:ignore_noninstrumented_modules=1"
-    "UBSAN_OPTIONS=print_stacktrace=1")
+  set(environment ${panelry_sanitizer_environment})
   if(arg_DESKTOP)
     add_test(NAME ${name} COMMAND "${PROJECT_SOURCE_DIR}/tests/support/with_desktop" $<TARGET_FILE:${name}>)
     list(APPEND environment "QT_QPA_PLATFORM=xcb")

@@ -64,6 +64,7 @@ private Q_SLOTS:
         host.Write("sysconfig/config.json", R"({"system":{"log_config":"log.cfg","log_crash_guard":"1"}})");
         QVERIFY(host.Start());
         host.Do({"init 0 0 1", R"(notify 1 1002 {})"});
+        host.Settle();  // perhaps out of the first drain
         host.Settle();
         host.Do({Tell(1002, "log 2 its last words"), Tell(1002, "crash")});
         QVERIFY(host.Dies());
