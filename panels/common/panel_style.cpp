@@ -48,6 +48,16 @@ QFont Fitting(const QFont& font, const QString& text, int width)
     return fitting;
 }
 
+QString HeaderSheet(int padding)
+{
+    return QStringLiteral(
+               "QHeaderView { background: %1; border: none; } "
+               "QHeaderView::section { background: %1; color: %2; border: none; padding: 0 %4px; } "
+               "QHeaderView::section:horizontal { border-bottom: 1px solid %3; }")
+        .arg(QColor(kBand).name(), QColor(kMutedText).name(), QColor(kHairline).name())
+        .arg(padding);
+}
+
 void Apply(QWidget* widget, QRgb background)
 {
     QPalette palette = widget->palette();

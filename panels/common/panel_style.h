@@ -27,6 +27,9 @@ QFont Scaled(const QFont& font, qreal scale);
 /// end is a wrong one.
 QFont Fitting(const QFont& font, const QString& text, int width);
 
+/// The style sheet of a table's header, whose headings keep `padding` pixels from both sides, as the cells' texts do.
+QString HeaderSheet(int padding);
+
 /// The panels' colours on `widget` and the children that it gets, whatever the desktop's theme.
 void Apply(QWidget* widget, QRgb background = kBackground);
 

@@ -18,15 +18,13 @@ void ApplyToTable(QTableView& view)
     view.setTabKeyNavigation(false);  // Tab leaves the table
     view.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     view.setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-    const QString sheet =
-        QStringLiteral(
-            "QTableView::item { padding: 0 %1px; } "
-            "QTableCornerButton::section { background: %2; border: none; } "
-            "QHeaderView { background: %2; border: none; } "
-            "QHeaderView::section { background: %2; color: %3; border: none; padding: 0 %1px; } "
-            "QHeaderView::section:horizontal { border-bottom: 1px solid %4; }")
-            .arg(metrics.averageCharWidth() * 2 / 3)
-            .arg(QColor(kBand).name(), QColor(kMutedText).name(), QColor(kHairline).name());
+    const int padding = metrics.averageCharWidth();
+    const QString sheet = QStringLiteral(
+                              "QTableView::item { padding: 0 %1px; } "
+                              "QTableCornerButton::section { background: %2; border: none; } ")
+                              .arg(padding)
+                              .arg(QColor(kBand).name()) +
+                          HeaderSheet(padding);
     if (view.styleSheet() != sheet) {  // setting it brings another change of fonts
         view.setStyleSheet(sheet);
     }

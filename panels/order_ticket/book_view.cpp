@@ -5,6 +5,7 @@
 #include <QPainter>
 
 #include "common/panel_style.h"
+#include "order_ticket/direction_color.h"
 
 namespace panelry
 {
@@ -14,8 +15,6 @@ namespace
 
 constexpr int kRows = 10;
 constexpr int kSellRows = 5;
-constexpr QRgb kSellText = 0xFF1B7F4B;
-constexpr QRgb kBuyText = 0xFFC0392B;
 
 }  // namespace
 
@@ -68,7 +67,7 @@ void BookView::paintEvent(QPaintEvent* event)
         painter.drawText(inner, Qt::AlignVCenter | Qt::AlignLeft, level.name);
         painter.setPen(QColor(style::kText));
         painter.drawText(inner, Qt::AlignVCenter | Qt::AlignRight, level.amount);
-        painter.setPen(QColor(row < kSellRows ? kSellText : kBuyText));
+        painter.setPen(QColor(DirectionColor(level.direction)));
         painter.drawText(inner.adjusted(0, 0, -inner.width() * 2 / 5, 0), Qt::AlignVCenter | Qt::AlignRight,
                          level.price);
     }

@@ -15,6 +15,7 @@
 #include "common/panel_style.h"
 #include "common/status_line.h"
 #include "order_ticket/book_view.h"
+#include "order_ticket/direction_color.h"
 
 namespace panelry
 {
@@ -23,8 +24,6 @@ namespace
 {
 
 constexpr int kCodeLength = 6;
-constexpr QRgb kUp = 0xFFC0392B;
-constexpr QRgb kDown = 0xFF1B7F4B;
 constexpr char kDecimal[] = "[0-9]{0,9}(\\.[0-9]{0,4})?";
 constexpr char kWhole[] = "[0-9]{0,10}";
 constexpr char kCode[] = "[0-9A-Za-z.]{0,12}";
@@ -225,7 +224,7 @@ void OrderTicketWidget::ShowFace(const TicketFace& face)
     const bool buys = Side() == "B";
     m_name->setText(face.known ? face.name + QStringLiteral("　") + face.market : QString());
     m_latest->setText(QString(face.latest + QStringLiteral("  ") + face.change).trimmed());
-    SetColor(m_latest, face.direction > 0 ? kUp : face.direction < 0 ? kDown : style::kText);
+    SetColor(m_latest, DirectionColor(face.direction));
     m_limits->setText(face.limits);
     m_protected->setText(face.protectedLimits);
     m_usable->setText(face.usable.isEmpty() ? QString()

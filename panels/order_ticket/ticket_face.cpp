@@ -25,6 +25,15 @@ double Number(const StringMap& ticket, const char* key)
     return TextToDouble(Text(ticket, key).toStdString());
 }
 
+// Against yesterday's close; 0 where one of the two isn't known.
+int Direction(double price, double close)
+{
+    if (close < kSmallestPrice || price < kSmallestPrice) {
+        return 0;
+    }
+    return price > close ? 1 : price < close ? -1 : 0;
+}
+
 // Worked out here: "rise_fall_scale" is a percentage after a push and a difference after an answer.
 void ReadChange(const StringMap& ticket, TicketFace& face)
 {
@@ -34,7 +43,7 @@ void ReadChange(const StringMap& ticket, TicketFace& face)
         return;
     }
     const double percent = (latest - close) / close * 100;
-    face.direction = latest > close ? 1 : latest < close ? -1 : 0;
+    face.direction = Direction(latest, close);
     face.change = QString::fromStdString((face.direction > 0 ? "+" : "") + FixedText(percent, 2) + '%');
 }
 
@@ -46,7 +55,9 @@ QString Range(const QString& low, const QString& high)
 BookLevel ReadLevel(const StringMap& ticket, const char* side, const QString& name, int level)
 {
     const std::string prefix = side + std::string(1, '_') + std::to_string(level);
-    return {name + QString::number(level), Text(ticket, prefix + "_price"), Text(ticket, prefix + "_amount")};
+    const QString price = Text(ticket, prefix + "_price");
+    return {name + QString::number(level), price, Text(ticket, prefix + "_amount"),
+            Direction(TextToDouble(price.toStdString()), Number(ticket, "last_closing_price"))};
 }
 
 }  // namespace

@@ -13,12 +13,9 @@ struct BookLevel {
     QString name;  ///< "卖1"
     QString price;
     QString amount;
+    int direction = 0;  ///< against yesterday's close: 1 above, -1 below
 
-    friend bool operator==(const BookLevel& a, const BookLevel& b)
-    {
-        return a.name == b.name && a.price == b.price && a.amount == b.amount;
-    }
-    friend bool operator!=(const BookLevel& a, const BookLevel& b) { return !(a == b); }
+    friend bool operator==(const BookLevel& a, const BookLevel& b) = default;
 };
 
 /// A ticket map as a trader reads it. Empty texts are shown as such.

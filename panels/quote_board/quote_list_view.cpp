@@ -92,24 +92,14 @@ void QuoteListView::setModel(QAbstractItemModel* model)
     Measure();
 }
 
-// The headings stand where the cells' texts do.
-QString QuoteListView::HeaderStyle() const
-{
-    return QStringLiteral(
-               "QHeaderView { background: %1; border: none; } QHeaderView::section { background: %1; "
-               "color: %2; border: none; border-bottom: 1px solid %3; padding: 0 %4px; }")
-        .arg(QColor(style::kBand).name(), QColor(style::kMutedText).name(), QColor(style::kHairline).name())
-        .arg(fontMetrics().averageCharWidth());
-}
-
 // All sizes come from the font; called again when it changes.
 void QuoteListView::Measure()
 {
     const QFontMetrics metrics = fontMetrics();
     const int margins = 2 * metrics.averageCharWidth();
-    horizontalHeader()->setStyleSheet(HeaderStyle());
     verticalHeader()->setMinimumSectionSize(1);
     verticalHeader()->setDefaultSectionSize(metrics.height() * 8 / 5);
+    horizontalHeader()->setStyleSheet(style::HeaderSheet(metrics.averageCharWidth()));
     horizontalHeader()->setFixedHeight(metrics.height() * 7 / 4);
     horizontalHeader()->setMinimumSectionSize(1);
     if (model()) {

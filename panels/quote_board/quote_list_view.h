@@ -33,7 +33,6 @@ protected:
 
 private:
     void Measure();
-    QString HeaderStyle() const;
 
     QuoteColors m_colors;
 };

@@ -79,11 +79,6 @@ StockListView::StockListView(StockListModel* model, Order order, QWidget* parent
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     horizontalHeader()->setSectionsClickable(false);
     horizontalHeader()->setHighlightSections(false);
-    horizontalHeader()->setStyleSheet(
-        QStringLiteral("QHeaderView { background: %1; border: none; } QHeaderView::section { background: %1; "
-                       "color: %2; border: none; border-bottom: 1px solid %3; }")
-            .arg(QColor(style::kBand).name(), QColor(style::kMutedText).name(),
-                 QColor(style::kHairline).name()));
     setModel(model);
     // The row under the mouse may be another one now.
     connect(model, &QAbstractItemModel::modelReset, this, &StockListView::EndDrag);
@@ -111,6 +106,7 @@ void StockListView::Measure()
     const int margins = 2 * metrics.averageCharWidth();
     verticalHeader()->setMinimumSectionSize(1);
     verticalHeader()->setDefaultSectionSize(metrics.height() * 8 / 5);
+    horizontalHeader()->setStyleSheet(style::HeaderSheet(metrics.averageCharWidth()));
     horizontalHeader()->setFixedHeight(metrics.height() * 7 / 4);
     horizontalHeader()->setMinimumSectionSize(1);
     setColumnWidth(StockListModel::kCode, metrics.horizontalAdvance(QStringLiteral("证券代码00")) + margins);
