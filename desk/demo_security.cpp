@@ -101,8 +101,8 @@ std::string DemoMarketName(std::uint8_t market)
 
 std::string ToHostText(const std::string& utf8)
 {
-    const iconv_t converter = iconv_open("GB18030//IGNORE", "UTF-8");
-    if (converter == iconv_t(-1)) {
+    void* const converter = iconv_open("GB18030//IGNORE", "UTF-8");
+    if (converter == iconv_t(-1)) {  // NOLINT(performance-no-int-to-ptr): iconv's own way of failing
         throw std::runtime_error("this system can't convert to GB18030");
     }
     std::string bytes(utf8.size() * 4 + 4, '\0');

@@ -71,7 +71,8 @@ bool OfKeys(int type)
 std::string Normal(const std::string& text)
 {
     std::string normal;
-    for (const unsigned char c : text) {
+    for (const char letter : text) {
+        const auto c = static_cast<unsigned char>(letter);
         if (std::isspace(c) == 0) {
             normal += static_cast<char>(std::tolower(c));
         }

@@ -38,7 +38,7 @@ HotKeysModule::~HotKeysModule()
     delete m_widget;
 }
 
-void HotKeysModule::Initialize(int, const char*, const char*, const char* initParam)
+void HotKeysModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/, const char* initParam)
 {
     if (!m_widget) {
         return;

@@ -78,7 +78,10 @@ void OrderTicketModule::SetProviders(void* quoteProvider, void* tradeProvider)
     m_widget->ShowStatus(tradeProvider ? QStringLiteral("请输入代码") : QStringLiteral("未连接交易服务"));
 }
 
-void OrderTicketModule::Initialize(int, const char*, const char*, const char*) {}
+void OrderTicketModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
+                                   const char* /*initParam*/)
+{
+}
 
 void OrderTicketModule::OnMessage(int msgId, void* payload)
 {

@@ -79,10 +79,9 @@ TicketFace ReadFace(const StringMap& ticket)
     face.priceStep = Text(ticket, "price_step");
     face.amountStep = Text(ticket, "amount_step");
     for (int level = 1; level <= kLevels; ++level) {
-        face.book[static_cast<std::size_t>(kLevels - level)] =
-            ReadLevel(ticket, "sell", QStringLiteral("卖"), level);
-        face.book[static_cast<std::size_t>(kLevels - 1 + level)] =
-            ReadLevel(ticket, "buy", QStringLiteral("买"), level);
+        const auto depth = static_cast<std::size_t>(level);
+        face.book[kLevels - depth] = ReadLevel(ticket, "sell", QStringLiteral("卖"), level);
+        face.book[kLevels - 1 + depth] = ReadLevel(ticket, "buy", QStringLiteral("买"), level);
     }
     return face;
 }
