@@ -174,6 +174,13 @@ void Run(Operation operation)
     }
 }
 
+const std::string& Written(const StringMap& map, const char* key)
+{
+    const auto field = map.find(key);
+    Check(field != map.end(), key);
+    return field->second;
+}
+
 bool HoldsOneOf(const std::string& value, std::initializer_list<const char*> values)
 {
     return std::any_of(values.begin(), values.end(), [&](const char* one) { return value == one; });
@@ -181,9 +188,11 @@ bool HoldsOneOf(const std::string& value, std::initializer_list<const char*> val
 
 void CheckQuote(const StringMap& ticket)
 {
-    Check(HoldsOneOf(ticket.at("isshowxj"), {"0", "1"}) && HoldsOneOf(ticket.at("islxjj"), {"0", "1"}),
+    Check(HoldsOneOf(Written(ticket, "isshowxj"), {"0", "1"}) &&
+              HoldsOneOf(Written(ticket, "islxjj"), {"0", "1"}),
           "a flag is neither");
-    Check(ticket.at("islxjj") == "0" || ticket.at("isshowxj") == "1", "limits that aren't offered");
+    Check(Written(ticket, "islxjj") == "0" || Written(ticket, "isshowxj") == "1",
+          "limits that aren't offered");
 }
 
 void Push(DataDealBase& rules, const World& world)
@@ -207,10 +216,10 @@ void Answer(DataDealBase& rules, const World& world)
         ddsdk::TradeRequestParam{world.head, world.body, world.local});
     StringMap out = world.ticket;
     rules.OnStockInfo(answer, out);
-    Check(out.at("pushflag") == "0", "not the answer's flag");
+    Check(Written(out, "pushflag") == "0", "not the answer's flag");
     if (!out.contains("duplicatecode_count")) {
         CheckQuote(out);
-        Check(out.at("price_step").size() < 100 || !world.body.empty(), "an endless step");
+        Check(Written(out, "price_step").size() < 100 || world.body.contains("jgbc"), "an endless step");
     }
     StringMap choices;
     rules.ResolveDuplicateCodes(answer, choices);
@@ -221,12 +230,13 @@ void Order(DataDealBase& rules, const World& world)
     StringMap order = world.ticket;
     StringMap result;
     rules.CheckOrder(order, result);
-    Check(HoldsOneOf(result.at("check"), {"0", "1"}), "no verdict");
-    Check(result.contains("ret_text") == (result.at("check") == "0"),
-          "a refusal without words, or words without it");
+    const std::string& verdict = Written(result, "check");
+    Check(HoldsOneOf(verdict, {"0", "1"}), "no verdict");
+    Check(result.contains("ret_text") == (verdict == "0"), "a refusal without words, or words without it");
     StringMap ticket = world.ticket;
     rules.FillMaxAmount(ticket);
-    Check(!ticket.at("dd_amount").empty() && ticket.at("dd_amount").front() != '-', "no amount");
+    const std::string& amount = Written(ticket, "dd_amount");
+    Check(!amount.empty() && amount.front() != '-', "no amount");
 }
 
 }  // namespace
@@ -245,13 +255,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     side->SetProvider(&trades);
     DataDealBase rules;
     rules.SetObservers({}, side);
-    Run([&] { Push(rules, world); });
+    Push(rules, world);
     Run([&] { Answer(rules, world); });
-    Run([&] { Order(rules, world); });
-    Run([&] {
-        StringMap ticket = world.ticket;
-        rules.RequestUsableAmount(ticket);
-    });
+    Order(rules, world);
+    StringMap ticket = world.ticket;
+    rules.RequestUsableAmount(ticket);
     std::string one;
     std::string other;
     const std::string code = world.ticket["stockcode"];

@@ -24,6 +24,7 @@ using Items = std::vector<StringMap>;
 constexpr int kRounds = 61;
 constexpr std::size_t kListed = 1000;
 constexpr std::size_t kTested = 100;
+constexpr std::size_t kAdded = 100;
 
 struct PlainStock {
     std::string market;
@@ -106,19 +107,48 @@ void MeasureTesting()
     figure.Print();
 }
 
+// How many stocks a presenter has.
+class Counter : public WatchlistListener
+{
+public:
+    explicit Counter(WatchlistManagerPresent& present)
+    {
+        WatchlistRequest request;
+        request.cmd = panelry::kListenWatchlist;
+        request.listener = this;
+        present.HandleRequest(request);
+        request.cmd = panelry::kUnlistenWatchlist;
+        present.HandleRequest(request);
+    }
+    void OnWatchlistEvent(int /*code*/, const void* list) override
+    {
+        count = static_cast<const panelry::StockList*>(list)->size();
+    }
+
+    std::size_t count = 0;
+};
+
 void MeasureAdding()
 {
-    const Items items = MakeItems(kListed);
-    Figure figure("Adding 1,000 items to an empty list", "us", 0);
+    const Items items = MakeItems(kListed + kAdded);
+    const Items listed(items.begin(), items.begin() + kListed);
+    const Items added(items.begin() + kListed, items.end());
+    Figure figure("Adding 100 items to a list of 1,000", "us", 0);
     panelry::bench::Interleave(
         kRounds,
         [&] {
             WatchlistManagerPresent present;
-            return Microseconds([&] { present.AddStocks(items); });
+            present.AddStocks(listed);
+            const double taken = Microseconds([&] { present.AddStocks(added); });
+            Check(Counter(present).count == items.size(), "our list isn't complete");
+            return taken;
         },
         [&] {
             std::vector<PlainStock> plain;
-            return Microseconds([&] { AddPlain(plain, items); });
+            AddPlain(plain, listed);
+            const double taken = Microseconds([&] { AddPlain(plain, added); });
+            Check(plain.size() == items.size(), "the plain list isn't complete");
+            return taken;
         },
         [&](double a, double b) { figure.AddRatio(a, b); });
     figure.Print();

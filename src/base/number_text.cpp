@@ -97,8 +97,8 @@ bool IsTiny(std::string_view text)
     const std::size_t end = std::min(text.find_first_of("eE"), text.size());
     const std::string_view digits = text.substr(0, end);
     const std::int64_t exponent = end < text.size() ? ReadWhole<std::int64_t>(text.substr(end + 1)) : 0;
-    const std::int64_t point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
-    const std::int64_t first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
+    const auto point = static_cast<std::int64_t>(std::min(digits.find('.'), digits.size()));
+    const auto first = static_cast<std::int64_t>(digits.find_first_of("123456789"));
     return exponent < first - point;
 }
 
@@ -119,8 +119,9 @@ bool AssignShort(std::string& text, double number, int decimals)
     if (!(scaled < kMostScaled)) {
         return false;
     }
-    std::int64_t whole = static_cast<std::int64_t>(scaled + 0.5);
-    const double lost = std::fma(size, scale, -scaled);  // what the product's rounding took away, exactly
+    // Checked below, unlike what lround would give, and faster.
+    auto whole = static_cast<std::int64_t>(scaled + 0.5);  // NOLINT(bugprone-incorrect-roundings)
+    const double lost = std::fma(size, scale, -scaled);    // what the product's rounding took away, exactly
     if (std::fabs((scaled - static_cast<double>(whole)) + lost) > kSurelyNotHalf) {
         return false;
     }

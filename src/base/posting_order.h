@@ -33,7 +33,7 @@ inline void AwaitPosted()
 #else
 
 struct Posting {
-    Posting() {}  // not trivial: no warning of an unused variable
+    Posting() {}  // NOLINT(modernize-use-equals-default): a trivial one is a variable that is never used
 };
 
 inline void AwaitPosted() {}

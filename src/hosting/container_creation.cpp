@@ -62,10 +62,11 @@ void ContainerManager::CreateContainer(int nComponentId, ContainerWidget* source
         (new EventFilter(this))->Watch(widget);  // a frame watches for itself
     }
     QObject* const bare = MarkModule(nComponentId, *module, message);
-    if (!module->GetWidget()) {
-        delete frame;  // nothing to show: the module stays, without a frame
+    const bool shows = module->GetWidget() != nullptr;
+    const QPointer<QObject> entry = shows && frame ? frame.data() : bare;
+    if (!shows) {
+        delete frame;  // the module stays, without a frame
     }
-    const QPointer<QObject> entry = frame ? frame.data() : bare;
     AskForTitle(nComponentId, frame);
     if (auto* const window = qobject_cast<QWidget*>(entry.data())) {
         window->setVisible(message.needDisplay);

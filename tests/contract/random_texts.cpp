@@ -56,7 +56,7 @@ const std::string& RandomTexts::OneOf(const std::vector<std::string>& choices)
 
 std::string RandomTexts::Object()
 {
-    std::string text = "{\"operate\":\"" + OneOf(kVerbs) + "\"";
+    std::string text = "{\"operate\":" + (Below(20) == 0 ? Value() : '"' + OneOf(kVerbs) + '"');
     for (const std::string& key : kKeys) {
         if (Below(2) == 0) {
             text += ",\"" + key + "\":" + Value();

@@ -72,6 +72,25 @@ private Q_SLOTS:
         QVERIFY(Logged(host).contains("its last words"));
     }
 
+    void TheGuardIsOffUnlessAskedFor()
+    {
+        for (const auto& [key, caught] : {std::pair{"", false},
+                                          {R"(,"log_crash_guard":"0")", false},
+                                          {R"(,"log_crash_guard":"1")", true}}) {
+            HostProcess host;
+            host.Write("log.cfg", "[Main]\nlevel=info\n");
+            host.Write("sysconfig/config.json",
+                       QByteArray(R"({"system":{"log_config":"log.cfg")") + key + "}}");
+            QVERIFY(host.Start());
+            host.Do("init 0 0 1");
+            host.Settle();
+            const QString status = TextIn(QString("/proc/%1/status").arg(host.Id()));
+            const QString mask = status.section("SigCgt:\t", 1).section('\n', 0, 0);
+            QCOMPARE((mask.toULongLong(nullptr, 16) >> (SIGABRT - 1) & 1) != 0, caught);
+            QVERIFY(host.End({"uninit"}));
+        }
+    }
+
     // The selected stock is heard by the lists before the other panels; the watched one is heard by nobody else.
     void AStockThatAPanelSendsStandsInTheLists()
     {

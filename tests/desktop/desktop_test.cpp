@@ -176,6 +176,26 @@ private Q_SLOTS:
         QCOMPARE(screen::Topmost(), m_window);
     }
 
+    void LivesOnTheScreenLeaveOneThreadAtMost()
+    {
+        HostProcess host;
+        QVERIFY(host.Start());
+        const auto threads = [&host] {
+            host.Do(QStringLiteral("usage"));
+            return host.Wait(QStringLiteral("usage")).section(QLatin1Char(' '), 1, 1).toInt();
+        };
+        const int before = threads();
+        QVERIFY(before > 0);
+        for (int life = 0; life < 3; ++life) {
+            host.Do({QStringLiteral("init 16 32 1"), OpenFramed()});
+            host.Settle();
+            QVERIFY(host.Do({QStringLiteral("uninit"), QStringLiteral("wait uninit returned")}));
+            // One of the toolkit's may be left, and not one for each life.
+            QTRY_VERIFY(threads() <= before + 1);
+        }
+        QVERIFY(host.End({}));
+    }
+
     void AMousePressIsReportedWhenThirtySecondsHavePassed()
     {
         if (qEnvironmentVariableIsEmpty("PANELRY_SOAK")) {

@@ -176,6 +176,23 @@ private Q_SLOTS:
         QCOMPARE(output.Text(), QByteArray("Failed to start libuiohook.\n").repeated(runs));
     }
 
+    // Many lives: in one of them a thread that tries again by itself is quicker than the end.
+    void WithoutADisplayOnlyTheWatchTriesAgain()
+    {
+        m_hook.SetDisplay(false);
+        {
+            const CapturedOutput output;
+            HookManager manager(kNoWatch);
+            for (int life = 0; life < 100; ++life) {
+                const int runs = m_hook.Runs();
+                manager.Start();
+                QVERIFY(m_hook.WaitForRuns(runs + 1));
+                manager.Stop();
+            }
+        }
+        QCOMPARE(m_hook.Runs(), 100);
+    }
+
     void TheEndOfTheProcessEndsTheHookWhoeverOwnsIt()
     {
         // In a process of its own: no hook begins behind that.

@@ -12,16 +12,21 @@ namespace screen = panelry::test::screen;
 namespace
 {
 
+// The module `id` sends 120 or 121.
+QString Send(int id, int message, QString text)
+{
+    text.replace(QLatin1Char('\''), QStringLiteral("\\\""));
+    return QStringLiteral(
+               "notify 0 %1 {\"operate\":\"notify\",\"cmd\":\"900\",\"bussiness\":\"send %2 -1 %3\"}")
+        .arg(QString::number(id), QString::number(message), text);
+}
+
 // The module `id` registers for a type, with one combination or without a list.
 QString Register(int id, const QString& type, const QString& keys = QString())
 {
-    QString text =
-        QStringLiteral("{'hook_type':'%1'%2}")
-            .arg(type, keys.isEmpty() ? keys : QStringLiteral(",'keyboard_value':['%1']").arg(keys));
-    text.replace(QLatin1Char('\''), QStringLiteral("\\\""));
-    return QStringLiteral(
-               "notify 0 %1 {\"operate\":\"notify\",\"cmd\":\"900\",\"bussiness\":\"send 120 -1 %2\"}")
-        .arg(QString::number(id), text);
+    return Send(id, 120,
+                QStringLiteral("{'hook_type':'%1'%2}")
+                    .arg(type, keys.isEmpty() ? keys : QStringLiteral(",'keyboard_value':['%1']").arg(keys)));
 }
 
 }  // namespace
@@ -67,6 +72,17 @@ private:
         return {QStringLiteral("no end")};
     }
 
+    QString Heard(const QString& actions)
+    {
+        m_host.Settle();
+        FocusOther();
+        for (const QString& action : actions.split(QLatin1Char(';'))) {
+            screen::Do(action);
+        }
+        screen::Do(QStringLiteral("key F9"));
+        return HeardUntilF9().join(QLatin1Char(' '));
+    }
+
     void Open()
     {
         for (const int id : {1002, kWatcher}) {
@@ -106,6 +122,7 @@ private Q_SLOTS:
                                    << QString::fromLatin1(heard);
         };
         row("4", "ctrl+shift+a", "key ctrl+shift+a;key a;key ctrl+a", "4:30");
+        row("4", "shift+ctrl+a", "key ctrl+shift+a", "");  // the modifiers have one order
         row("4", "ctrl+alt+enter", "key Control_R+Alt_L+Return;key alt+Return", "4:28");
         row("5", "ctrl+shift+a", "keydown ctrl keydown shift;key a;keyup shift keyup ctrl;key a", "5:30");
         row("4 5", "", "key Left;key Delete", "4:57419 5:57419 4:3667 5:3667");
@@ -126,13 +143,21 @@ private Q_SLOTS:
         for (const QString& type : types.split(QLatin1Char(' '))) {
             m_host.Do(Register(1002, type, keys));
         }
-        m_host.Settle();
-        FocusOther();
-        for (const QString& action : QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(';'))) {
-            screen::Do(action);
-        }
-        screen::Do(QStringLiteral("key F9"));
-        QTEST(HeardUntilF9().join(QLatin1Char(' ')), "heard");
+        QTEST(Heard(QString::fromLatin1(QTest::currentDataTag())), "heard");
+    }
+
+    void AModuleTakesOneTypeBackAndThenAll()
+    {
+        const QString press = QStringLiteral("key a");
+        m_host.Do(QStringLiteral("notify 0 -1 destroyui"));
+        Open();
+        m_host.Do(Register(1002, QStringLiteral("4")));
+        m_host.Do(Register(1002, QStringLiteral("5")));
+        QCOMPARE(Heard(press), QStringLiteral("4:30 5:30"));
+        m_host.Do(Send(1002, 121, QStringLiteral("{'hook_type':'4'}")));
+        QCOMPARE(Heard(press), QStringLiteral("5:30"));
+        m_host.Do(Send(1002, 121, QString()));
+        QCOMPARE(Heard(press), QString());
     }
 
     void AHostMayLeaveWhileKeysComeAndTheHookLives()

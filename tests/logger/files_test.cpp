@@ -68,14 +68,19 @@ private Q_SLOTS:
     {
         SetSurroundings world;
         LogerManager manager(world);
+        const int other = manager.CreateLogger("other");
+        manager.SetPath(other, "other");
         QVERIFY(manager.Start());
         const Logger log(0, manager);
+        const Logger otherLog(other, manager);
         QTRY_COMPARE(FilesIn("data/log").size(), std::size_t(1));
+        QVERIFY(otherLog.Write(Info, "before"));
         fs::remove_all("data");
         world.now = At(2026, 11, 23);
-        QVERIFY(log.Write(Info, "next day"));
+        QVERIFY(log.Write(Info, "next day") && otherLog.Write(Info, "after"));
         QVERIFY(manager.Stop());
         QCOMPARE(TextsOf("Main"), std::vector<std::string>{"next day"});
+        QCOMPARE(TextsOf("other", "other"), (std::vector<std::string>{"before", "after"}));
     }
 
     void FilesChangeByDayAndBySize()

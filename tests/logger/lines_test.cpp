@@ -1,7 +1,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <clocale>
 #include <fstream>
 #include <limits>
 #include <stdexcept>
@@ -194,6 +193,8 @@ private Q_SLOTS:
         row("rate 1", 20200, 0, 1);
         row("30000, luck", 30000, 50, 0);
         row("30000, no luck", 30000, 149, 50);
+        row("just below 40000: the rate is 99", 39999, 99, 0);
+        row("40000: the rate is 100", 40000, 99, 100);
         row("no more than 100 ms", 45000, 99, 100);
     }
 
@@ -258,7 +259,6 @@ private Q_SLOTS:
         manager.SetLevel(0, Info);
         QVERIFY(manager.Start());
         const Logger log(0, manager);
-        std::setlocale(LC_ALL, "de_DE.UTF-8");
         const char* const null = nullptr;
         const std::string letter("b");
         const int line = __LINE__ + 1;
@@ -267,7 +267,6 @@ private Q_SLOTS:
         bool called = false;
         QVERIFY(!log.Write(Debug, [&] { return called = true; }));
         QVERIFY(!called);
-        std::setlocale(LC_ALL, "C");
         QVERIFY(manager.Stop());
         const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
         const std::string wanted = "[WARN ][lines_test.cpp:" + std::to_string(line) +

@@ -35,6 +35,7 @@ public:
     /// Sets an environment variable of the host.
     void Set(const QString& variable, const QString& value);
     QString Folder() const { return m_folder.path(); }
+    qint64 Id() const { return m_process.processId(); }
 
     /// Links the reporter library and starts the host.
     bool Start(const QStringList& arguments = {});

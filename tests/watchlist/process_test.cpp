@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "support/sanitized.h"
 #include "support/test.h"
 #include "watchlist/list_stage.h"
 
@@ -12,7 +13,7 @@ using namespace panelry::test;
 namespace
 {
 
-constexpr int kKills = 40;
+constexpr int kKills = kSanitized ? 40 : 200;
 constexpr int kSoakKills = 500;
 constexpr int kStocksBefore = 1000;
 

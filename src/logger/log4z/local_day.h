@@ -10,7 +10,6 @@ inline constexpr std::int64_t kLastSecondOfDay = 86399;
 
 /// A moment's local date and time, with the midnight it belongs to.
 struct LocalDay {
-    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): midnight comes out of date
     explicit LocalDay(std::int64_t secondsSince1970)
     {
         const std::time_t moment = secondsSince1970;
@@ -18,6 +17,7 @@ struct LocalDay {
         // Counted back from the clock's reading. Behind a time shift this is an hour off the true midnight,
         // and by that just a day ahead of the next one. Ahead of the shift it is the true midnight, and the
         // day seems to end an hour late (spring) or early (autumn).
+        // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): it comes out of date
         midnight = secondsSince1970 - (date.tm_hour * 60 + date.tm_min) * 60 - date.tm_sec;
     }
 
