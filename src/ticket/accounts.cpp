@@ -1,5 +1,7 @@
 // DataDealBase: market code and shareholder account of a stock.
 
+#include <utility>
+
 #include "ticket/account_tables.h"
 #include "ticket/data_deal_base.h"
 #include "ticket/ticket_keys.h"
@@ -32,7 +34,7 @@ struct Account {
 class MaskTest
 {
 public:
-    MaskTest(DataDealBase& rules, const std::string& code) : m_rules(rules), m_code(code) {}
+    MaskTest(DataDealBase& rules, std::string code) : m_rules(rules), m_code(std::move(code)) {}
 
     bool operator()(std::string_view masks)
     {

@@ -18,7 +18,7 @@ inline bool SameKey(const std::string& one, const std::string& other)
         return one == other;
     }
     const auto word = [](const char* letters) {
-        std::uint64_t value;
+        std::uint64_t value = 0;
         std::memcpy(&value, letters, kWord);
         return value;
     };

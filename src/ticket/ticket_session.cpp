@@ -223,6 +223,7 @@ void TicketSession::TellChoices(const StringMap& filled)
                                       FieldOf(filled, "duplicatecode_stockname" + number)};
     }
     std::vector<TicketChoice> told;
+    told.reserve(choices.size());
     for (auto& [number, choice] : choices) {
         told.push_back(std::move(choice));
     }

@@ -72,6 +72,7 @@ private:
             : m_listeners(listeners), m_call(listener, std::this_thread::get_id())
         {
             const std::unique_lock guard(m_listeners.m_lock);
+            // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): under the lock
             m_isWanted = m_listeners.m_listeners.contains(listener);
             if (m_isWanted) {
                 m_listeners.m_calls.insert(m_call);
