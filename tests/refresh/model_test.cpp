@@ -269,7 +269,7 @@ std::string TroubleOf(unsigned seed)
         fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(last - 1));
         const std::string still = Sequence(seed).Play(fewer);
         if (!still.empty()) {
-            steps = fewer;
+            steps.swap(fewer);
             trouble = still;
         }
     }
