@@ -38,7 +38,7 @@ namespace fs = std::filesystem;
 struct Options {
     std::uint32_t lines = 1'000'000;
     std::uint32_t pacedLines = 5'000;
-    int rounds = 5;
+    int rounds = 9;
     std::vector<unsigned> producers = {1, 2, 4};
     std::string directory = fs::temp_directory_path().string();
 };

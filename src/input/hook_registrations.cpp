@@ -167,8 +167,10 @@ std::shared_ptr<const HookRegistrations::Road> HookRegistrations::RoadOf(int typ
 HookRegistrations::Receiver HookRegistrations::ReceiverOf(ModuleBase* module) const
 {
     const auto filter = m_keyFilters.find(module);
-    const bool filtered = filter != m_keyFilters.end() && !filter->second->empty();
-    return {module, filtered ? filter->second : nullptr};
+    if (filter == m_keyFilters.end()) {
+        return {module, {}, nullptr};
+    }
+    return {module, *filter->second, filter->second};
 }
 
 // As the tables are now; nobody when the module listens no more.
@@ -191,13 +193,13 @@ void HookRegistrations::DeliverKey(uiohook_event* event)
 {
     std::string name;  // worked out for the first module that asks
     Deliver(event, [&name, event](const Receiver& receiver) {
-        if (!receiver.only) {
+        if (receiver.only.empty()) {
             return true;
         }
         if (name.empty()) {
             name = KeyEventName(*event);
         }
-        return std::find(receiver.only->begin(), receiver.only->end(), name) != receiver.only->end();
+        return std::find(receiver.only.begin(), receiver.only.end(), name) != receiver.only.end();
     });
 }
 
@@ -207,13 +209,16 @@ void HookRegistrations::Deliver(uiohook_event* event, Hears hears)
     ++m_event;  // before the look into the tables: who changes them later sees it
     const HookRegistrations* const outer = std::exchange(DeliveringHere, this);
     const std::shared_ptr<const Road> road = RoadOf(event->type);
-    for (const Receiver& known : road->receivers) {
-        // A module may have taken out one that comes behind it, or given it another list.
-        const bool same = road->version == m_version;
-        const Receiver changed = same ? Receiver{} : StillListening(known.module, event->type);
-        const Receiver& receiver = same ? known : changed;
-        if (receiver.module && hears(receiver)) {
+    const auto deliver = [event, &hears](const Receiver& receiver) {
+        if (hears(receiver)) {
             receiver.module->OnMessage(kHookEvent, event);
+        }
+    };
+    for (const Receiver& known : road->receivers) {
+        if (road->version == m_version) {
+            deliver(known);
+        } else if (const Receiver now = StillListening(known.module, event->type); now.module) {
+            deliver(now);  // a module ahead of it may have given it another list
         }
     }
     DeliveringHere = outer;

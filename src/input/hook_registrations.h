@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -55,7 +56,8 @@ private:
     using Combinations = std::vector<std::string>;
     struct Receiver {
         ModuleBase* module = nullptr;
-        std::shared_ptr<const Combinations> only;  // null: everything
+        std::span<const std::string> only;         // empty: everything
+        std::shared_ptr<const Combinations> kept;  // where they stand
     };
     // What the tables say of one type. Made when an event comes, dropped when the tables change.
     struct Road {
