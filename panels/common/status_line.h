@@ -14,6 +14,7 @@ namespace panelry
 class StatusLine : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(QString text READ Shown)
 
 public:
     explicit StatusLine(QWidget* parent = nullptr);

@@ -35,6 +35,15 @@ void BookView::SetBook(const std::array<BookLevel, 10>& book)
     }
 }
 
+QStringList BookView::Rows() const
+{
+    QStringList rows;
+    for (const BookLevel& level : m_book) {
+        rows.append(level.name + QLatin1Char(' ') + level.price + QLatin1Char(' ') + level.amount);
+    }
+    return rows;
+}
+
 QSize BookView::sizeHint() const
 {
     const QFontMetrics metrics = fontMetrics();

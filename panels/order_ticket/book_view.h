@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QStringList>
 #include <QWidget>
 
 #include "order_ticket/ticket_face.h"
@@ -13,12 +14,16 @@ namespace panelry
 class BookView : public QWidget
 {
     Q_OBJECT
+    Q_PROPERTY(QStringList rows READ Rows)
 
 public:
     explicit BookView(QWidget* parent = nullptr);
 
     /// Repaints only what differs.
     void SetBook(const std::array<BookLevel, 10>& book);
+
+    /// What is painted, from the top: "卖5 10.26 1200".
+    QStringList Rows() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

@@ -1,6 +1,7 @@
 #include "order_ticket/order_ticket_module.h"
 
 #include <QVariant>
+#include <utility>
 
 #include "base/number_text.h"
 #include "common/frame_commands.h"
@@ -16,6 +17,8 @@ namespace
 {
 
 constexpr int kPriceSettledMs = 300;
+constexpr int kAnswerAwaitedMs = 10'000;
+constexpr char kAnswerAwaited[] = "answer_awaited";  // the timer's name
 
 std::string Value(const StringMap& fields, const char* key)
 {
@@ -34,6 +37,7 @@ OrderTicketModule::OrderTicketModule(const InstanceInfo& info) : m_widget(new Or
     m_priceSettled.setSingleShot(true);
     m_priceSettled.setInterval(kPriceSettledMs);
     ConnectWidget();
+    ConnectOrders();
 }
 
 OrderTicketModule::~OrderTicketModule()
@@ -67,14 +71,28 @@ void OrderTicketModule::ConnectWidget()
                      [this](const QString& money) { FillAmount(money); });
     QObject::connect(widget, &OrderTicketWidget::StepWanted, widget,
                      [this](bool price, int steps) { Step(price, steps); });
-    QObject::connect(widget, &OrderTicketWidget::OrderWanted, widget, [this] { Check(); });
-    QObject::connect(widget, &OrderTicketWidget::OrderConfirmed, widget, [this] { Finish(); });
+    QObject::connect(widget, &OrderTicketWidget::AccountChanged, widget, [this] { ChangeAccount(); });
+}
+
+void OrderTicketModule::ConnectOrders()
+{
+    QObject::connect(m_widget, &OrderTicketWidget::OrderWanted, m_widget, [this] { Check(); });
+    QObject::connect(m_widget, &OrderTicketWidget::OrderConfirmed, m_widget, [this] { Send(); });
+    m_answerAwaited = new QTimer(m_widget);
+    m_answerAwaited->setObjectName(QLatin1String(kAnswerAwaited));
+    m_answerAwaited->setSingleShot(true);
+    m_answerAwaited->setInterval(kAnswerAwaitedMs);
+    QObject::connect(m_answerAwaited, &QTimer::timeout, m_widget, [this] {
+        EndSending();
+        m_widget->ShowMessage(TicketMessage::Failure,
+                              QStringLiteral("柜台尚未答复：请先查询委托，再决定是否重发"));
+    });
 }
 
 void OrderTicketModule::SetProviders(void* quoteProvider, void* tradeProvider)
 {
-    m_session.emplace(static_cast<QuoteProvider*>(quoteProvider), static_cast<TradeProvider*>(tradeProvider),
-                      *this);
+    m_trades = static_cast<TradeProvider*>(tradeProvider);
+    m_session.emplace(static_cast<QuoteProvider*>(quoteProvider), m_trades, *this);
     m_widget->ShowStatus(tradeProvider ? QStringLiteral("请输入代码") : QStringLiteral("未连接交易服务"));
 }
 
@@ -105,7 +123,11 @@ void OrderTicketModule::Open(const std::string& code, const std::string& market)
     m_widget->StartTicket(QString::fromStdString(code));
     m_widget->ShowStatus(QStringLiteral("正在查询 %1").arg(QString::fromStdString(code)));
     const std::string side = m_widget->Side();
-    m_session->Open({{"stockcode", code}, {"market", market}, {"type", side}, {"czlb", side}});
+    StringMap fields{{"stockcode", code}, {"market", market}, {"type", side}, {"czlb", side}};
+    if (m_widget->Account() == OrderAccount::Margin) {
+        fields["rzrq"] = "1";
+    }
+    m_session->Open(std::move(fields));
 }
 
 void OrderTicketModule::Close()
@@ -134,10 +156,48 @@ void OrderTicketModule::OnTicketChanged(TicketNews news)
         m_widget->ShowStatus(QStringLiteral("没有找到代码 %1").arg(code));
         return;
     }
+    if (TakeAccountOfMarket()) {
+        return;
+    }
     m_widget->ShowStatus(face.market + QLatin1Char(' ') + code + QLatin1Char(' ') + face.name);
     OfferPrice();
-    AskUsable();  // the answer's own quantity is for no price in particular
+    m_widget->TellMoney();  // by now the rules know in what it is counted
+    AskUsable();            // the answer's own quantity is for no price in particular
     TellStock();
+}
+
+// The stock's market may be another account's. True if the ticket was opened anew for that: what the margin
+// account was asked for counts for no other.
+bool OrderTicketModule::TakeAccountOfMarket()
+{
+    const OrderAccount chosen = m_widget->Account();
+    const std::string market = Value(m_session->Ticket(), "market");
+    const OrderAccount fitting = AccountFor(market, chosen);
+    if (fitting == chosen) {
+        return false;
+    }
+    m_widget->SetAccount(fitting);
+    if (chosen == OrderAccount::Margin) {
+        Open(m_code, market);
+        return true;
+    }
+    return false;
+}
+
+// Another account for the same stock, or, where it can't trade that, another stock.
+void OrderTicketModule::ChangeAccount()
+{
+    if (!m_session || m_code.empty()) {
+        return;
+    }
+    const OrderAccount chosen = m_widget->Account();
+    const std::string market = Value(m_session->Ticket(), "market");
+    if (AccountFor(market, chosen) == chosen) {
+        Open(m_code, market);
+    } else {
+        Close();
+        m_widget->AskCode();
+    }
 }
 
 // The price at which the order would be filled.
@@ -191,10 +251,16 @@ void OrderTicketModule::AskUsable()
 
 void OrderTicketModule::FillAmount(const QString& money)
 {
-    if (!m_session || money.isEmpty()) {
+    if (!m_session) {
         return;
     }
+    if (money.isEmpty() || m_widget->Price().isEmpty()) {
+        return m_widget->SetAmount(QString());
+    }
     StringMap& ticket = m_session->Ticket();
+    if (IsConnectMarket(Value(ticket, "market"))) {  // the rules know lots of 100 only
+        return m_widget->SetAmount(QString::fromStdString(WholeLots(ticket, money, m_widget->Price())));
+    }
     ticket["dd_price"] = m_widget->Price().toStdString();
     ticket["dd_money"] = money.toStdString();
     m_session->Rules().FillMaxAmount(ticket);
@@ -207,7 +273,7 @@ void OrderTicketModule::Step(bool price, int steps)
         return;
     }
     const StringMap& ticket = m_session->Ticket();
-    const std::string step = Value(ticket, price ? "price_step" : "amount_step");
+    const std::string step = price ? Value(ticket, "price_step") : QuantityStep(ticket);
     if (step.empty()) {
         return;  // no stock yet: a price would lose its decimals
     }
@@ -220,37 +286,101 @@ void OrderTicketModule::Step(bool price, int steps)
     }
 }
 
-StringMap& OrderTicketModule::EnteredTicket()
+OrderEntry OrderTicketModule::Entry() const
 {
-    StringMap& ticket = m_session->Ticket();
-    ticket["price"] = m_widget->Price().toStdString();
-    ticket["amount"] = m_widget->Amount().toStdString();
-    ticket["mmlb"] = m_widget->Side();
-    return ticket;
+    return {m_widget->Side(), m_widget->Price().toStdString(), m_widget->Amount().toStdString(),
+            m_widget->Account(), m_widget->OnCredit()};
+}
+
+std::string OrderTicketModule::FundsAccount() const
+{
+    std::shared_ptr<std::string> account;
+    if (m_trades) {
+        m_trades->GetString("account", account);
+    }
+    return account ? *account : std::string();
+}
+
+// The rules check a ticket that has been answered.
+QString OrderTicketModule::WhyNotYet()
+{
+    const StringMap& ticket = m_session->Ticket();
+    const bool waits = !Value(ticket, "stockcode").empty() && !ticket.contains("pushflag");
+    return waits ? QStringLiteral("证券尚未确定：请等待柜台答复，或在列表中选择") : QString();
 }
 
 void OrderTicketModule::Check()
 {
-    if (!m_session) {
+    if (!m_session || m_sending) {
         return;
     }
+    m_asked.reset();
+    if (const QString reason = WhyNotYet(); !reason.isEmpty()) {
+        return m_widget->ShowMessage(TicketMessage::Refusal, reason);
+    }
+    const OrderEntry entry = Entry();
+    StringMap& ticket = m_session->Ticket();
+    ticket["price"] = entry.price;
+    ticket["amount"] = InPieces(entry.quantity, ticket);
+    ticket["mmlb"] = entry.side;
     StringMap result;
-    m_session->Rules().CheckOrder(EnteredTicket(), result);
+    m_session->Rules().CheckOrder(ticket, result);
     if (result["check"] != "1") {
-        m_widget->ShowNotice(QString::fromStdString(result["ret_text"]), false);
-    } else if (!result["other_tip"].empty()) {
-        m_widget->ShowNotice(QString::fromStdString(result["other_tip"]), true);
+        return m_widget->ShowMessage(TicketMessage::Refusal, QString::fromStdString(result["ret_text"]));
+    }
+    m_asked = OrderRequest(ticket, entry, FundsAccount());
+    if (result["other_tip"].empty()) {
+        Send();
     } else {
-        Finish();
+        m_widget->ShowMessage(TicketMessage::Question, QString::fromStdString(result["other_tip"]));
     }
 }
 
-void OrderTicketModule::Finish()
+// Once what was asked, as it was asked.
+void OrderTicketModule::Send()
 {
-    m_widget->ShowStatus(QStringLiteral("已通过检查（示例面板不发送委托）：%1 %2 %3 × %4")
-                             .arg(m_widget->Side() == "B" ? QStringLiteral("买入") : QStringLiteral("卖出"),
-                                  QString::fromStdString(Value(m_session->Ticket(), "stockcode")),
-                                  m_widget->Price(), m_widget->Amount()));
+    if (!m_asked || m_sending) {
+        return;
+    }
+    const ddsdk::TradeRequestParam order = *std::exchange(m_asked, std::nullopt);
+    m_sending = m_session->SendOrder(order);
+    if (!m_sending) {
+        return m_widget->ShowMessage(TicketMessage::Failure, QStringLiteral("委托未能送出"));
+    }
+    m_widget->SetSending(true);
+    m_widget->ShowMessage(TicketMessage::Progress,
+                          QStringLiteral("%1：等待柜台答复…").arg(OrderWords(order)));
+    m_answerAwaited->start();
+}
+
+void OrderTicketModule::EndSending()
+{
+    m_sending.reset();
+    m_answerAwaited->stop();
+    m_widget->SetSending(false);
+}
+
+bool OrderTicketModule::IsOfThisTicket(const ddsdk::TradeRequestParam& order)
+{
+    return Value(order.body, "zqdm") == m_code && Value(order.body, "mmlb") == m_widget->Side() &&
+           Value(order.body, "market") == Value(m_session->Ticket(), "market");
+}
+
+void OrderTicketModule::OnOrderAnswered(const OrderAnswer& answer)
+{
+    if (!m_widget) {
+        return;
+    }
+    const bool awaited = m_sending == answer.number;
+    if (awaited) {
+        EndSending();
+    }
+    const OrderOutcome outcome = ReadOutcome(answer.reply);
+    const QString words = awaited && IsOfThisTicket(answer.order)
+                              ? outcome.words
+                              : OrderWords(answer.order) + QStringLiteral("：") + outcome.words;
+    m_widget->ShowMessage(outcome.accepted ? TicketMessage::Success : TicketMessage::Failure, words);
+    AskUsable();
 }
 
 }  // namespace panelry

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "base/number_text.h"
 
@@ -13,6 +14,10 @@ namespace
 
 constexpr int kLevels = 5;
 constexpr double kSmallestPrice = 0.0001;
+constexpr double kDivisionSlack = 1e-9;
+constexpr int kFamily = 0xF0;
+constexpr int kConnectFamily = 64;
+constexpr char kUntoldStep[] = "100";  // stands in a ticket of which the host has told none
 
 QString Text(const StringMap& ticket, const std::string& key)
 {
@@ -52,6 +57,14 @@ QString Range(const QString& low, const QString& high)
     return low.isEmpty() && high.isEmpty() ? QString() : low + QStringLiteral(" – ") + high;
 }
 
+// A rest that makes no whole unit can't be traded.
+QString InUnits(const QString& pieces, int piecesPerUnit)
+{
+    return pieces.isEmpty()
+               ? QString()
+               : QString::number(static_cast<qlonglong>(TextToInt64(pieces.toStdString()) / piecesPerUnit));
+}
+
 BookLevel ReadLevel(const StringMap& ticket, const char* side, const QString& name, int level)
 {
     const std::string prefix = side + std::string(1, '_') + std::to_string(level);
@@ -74,10 +87,11 @@ TicketFace ReadFace(const StringMap& ticket)
         face.limits = Range(Text(ticket, "limit_down"), Text(ticket, "raising_limit"));
     }
     face.protectedLimits = Range(Text(ticket, "mcxjg"), Text(ticket, "mrxjg"));
-    face.usable = PlainQuantity(Text(ticket, "usable_amount").toStdString());
+    face.piecesPerUnit = PiecesPerUnit(ticket);
+    face.usable = InUnits(Text(ticket, "usable_amount"), face.piecesPerUnit);
     face.unit = Text(ticket, "amount_unit");
+    face.amountStep = QString::fromStdString(QuantityStep(ticket));
     face.priceStep = Text(ticket, "price_step");
-    face.amountStep = Text(ticket, "amount_step");
     for (int level = 1; level <= kLevels; ++level) {
         const auto depth = static_cast<std::size_t>(level);
         face.book[kLevels - depth] = ReadLevel(ticket, "sell", QStringLiteral("卖"), level);
@@ -86,14 +100,46 @@ TicketFace ReadFace(const StringMap& ticket)
     return face;
 }
 
+int PiecesPerUnit(const StringMap& ticket)
+{
+    return std::max(1, TextToInt(FieldOf(ticket, "amount_chart_volunit")));
+}
+
+std::string QuantityStep(const StringMap& ticket)
+{
+    std::string step = FieldOf(ticket, "amount_step");
+    if (step == kUntoldStep && IsConnectMarket(FieldOf(ticket, "market"))) {
+        step = FieldOf(ticket, "hand");
+    }
+    return step.empty() ? step
+                        : IntText(std::max<std::int64_t>(1, TextToInt64(step) / PiecesPerUnit(ticket)));
+}
+
+std::string WholeLots(const StringMap& ticket, const QString& money, const QString& price)
+{
+    const double lot = TextToDouble(QuantityStep(ticket));
+    const double each = TextToDouble(price.toStdString()) * PiecesPerUnit(ticket);
+    if (each < kSmallestPrice || lot < 1) {
+        return "0";
+    }
+    // Money for exactly a lot buys it, whatever the division leaves.
+    return FixedText(std::floor(TextToDouble(money.toStdString()) / each / lot + kDivisionSlack) * lot, 0);
+}
+
+bool IsConnectMarket(const std::string& market)
+{
+    return (TextToInt(market) & kFamily) == kConnectFamily;
+}
+
 QString TicketMarketName(const std::string& market)
 {
-    constexpr int kFamily = 0xF0;
     switch (TextToInt(market) & kFamily) {
         case 16:
             return QStringLiteral("上海");
         case 32:
             return QStringLiteral("深圳");
+        case kConnectFamily:
+            return QStringLiteral("港股通");
         default:
             return QString::fromStdString(market);
     }

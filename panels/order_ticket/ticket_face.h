@@ -28,16 +28,30 @@ struct TicketFace {
     int direction = 0;  ///< of the change: 1 up, -1 down
     QString limits;     ///< the day's, "9.00 – 11.00"
     QString protectedLimits;
-    QString usable;
-    QString unit;
+    QString usable;      ///< in the unit, as the next but one
+    QString unit;        ///< "股", "张", "手"
+    QString amountStep;  ///< what the quantity moves by; buys are multiples of it
     QString priceStep;
-    QString amountStep;
+    int piecesPerUnit = 1;
     std::array<BookLevel, 10> book;  ///< sell 5 to 1, then buy 1 to 5
 };
 
 TicketFace ReadFace(const StringMap& ticket);
 
-/// "上海", "深圳", or the number of another market.
+/// Shares, or pieces of a bond, of one unit of the quantity that is shown; 1 or more.
+int PiecesPerUnit(const StringMap& ticket);
+
+/// Units that a quantity moves by, empty while no stock is known.
+std::string QuantityStep(const StringMap& ticket);
+
+/// How many units `money` buys at `price` where they are sold in whole lots of QuantityStep() alone; 0 where one
+/// of the three is missing.
+std::string WholeLots(const StringMap& ticket, const QString& money, const QString& price);
+
+/// Is it the market number of Stock Connect?
+bool IsConnectMarket(const std::string& market);
+
+/// "上海", "深圳", "港股通", or the number of another market.
 QString TicketMarketName(const std::string& market);
 
 /// A quantity without the decimals that mean nothing: "1200.000000" is "1200".

@@ -2,12 +2,15 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QUuid>
 #include <deque>
 #include <exception>
 #include <map>
 #include <mutex>
 #include <utility>
 
+#include "base/host_text.h"
+#include "base/number_text.h"
 #include "base/wake_up.h"
 #include "ticket/ticket_keys.h"
 
@@ -27,6 +30,14 @@ const std::string& kAskedCode = Key("zqdm");
 // A key of the caller's own that comes back with the answer: the number of the request stands there.
 const std::string& kRequestNumber = Key("local_request_type");
 
+// Every map of a record: which of a host's keys hold texts is known to nobody here.
+void ToUtf8(StringMap& fields)
+{
+    for (auto& [name, value] : fields) {
+        value = HostTextToUtf8(value);
+    }
+}
+
 }  // namespace
 
 /// Between the host's threads, which put something in, and the panel's, which empties it.
@@ -36,13 +47,16 @@ public:
     struct News {
         std::deque<std::shared_ptr<StockInfoAnswer>> answers;
         std::deque<std::shared_ptr<QuotePushRecord>> pushes;
+        std::deque<std::shared_ptr<StockInfoAnswer>> orders;
     };
 
     /// `reader` is called after something was put in.
     explicit TicketMailbox(WakeUp* reader) : m_reader(reader) {}
 
-    void Put(std::shared_ptr<StockInfoAnswer> answer) { Put(m_news.answers, std::move(answer)); }
-    void Put(std::shared_ptr<QuotePushRecord> push) { Put(m_news.pushes, std::move(push)); }
+    void Put(std::shared_ptr<StockInfoAnswer> answer) { Put(m_news.answers, std::move(answer), kMostNews); }
+    void Put(std::shared_ptr<QuotePushRecord> push) { Put(m_news.pushes, std::move(push), kMostNews); }
+    /// All are kept: each is about another order.
+    void PutOrder(std::shared_ptr<StockInfoAnswer> answer) { Put(m_news.orders, std::move(answer), {}); }
 
     News Take()
     {
@@ -60,13 +74,13 @@ public:
     }
 
 private:
-    // The newest stay: each is complete in itself.
+    // Of more than `most` the newest stay: each is complete in itself.
     template <class Record>
-    void Put(std::deque<Record>& records, Record record)
+    void Put(std::deque<Record>& records, Record record, std::optional<std::size_t> most)
     {
         const std::lock_guard guard(m_lock);
         records.push_back(std::move(record));
-        if (records.size() > kMostNews) {
+        if (most && records.size() > *most) {
             records.pop_front();
         }
         Call();
@@ -90,7 +104,10 @@ private:
 class TicketSides : public QuoteObserver, public TradeObserver
 {
 public:
-    explicit TicketSides(std::shared_ptr<TicketMailbox> mailbox) : m_mailbox(std::move(mailbox)) {}
+    TicketSides(std::shared_ptr<TicketMailbox> mailbox, std::string orderMark)
+        : m_mailbox(std::move(mailbox)), m_orderMark(std::move(orderMark))
+    {
+    }
 
     void* ObserverSelf() override { return this; }
 
@@ -105,21 +122,27 @@ public:
     void OnFundsPush(std::shared_ptr<StockInfoAnswer> answer) override
     {
         static const std::string& type = Key("type");
-        if (answer && answer->request && answer->reply &&
-            FieldOf(answer->request->head, type) == kStockInfoRequest) {
+        if (!answer || !answer->request) {
+            return;
+        }
+        if (FieldOf(answer->request->local, kRequestNumber).starts_with(m_orderMark)) {
+            m_mailbox->PutOrder(std::move(answer));
+        } else if (answer->reply && FieldOf(answer->request->head, type) == kStockInfoRequest) {
             m_mailbox->Put(std::move(answer));
         }
     }
 
 private:
     const std::shared_ptr<TicketMailbox> m_mailbox;
+    const std::string m_orderMark;
 };
 
 TicketSession::TicketSession(QuoteProvider* quotes, TradeProvider* trades, TicketListener& listener)
     : m_listener(listener),
+      m_orderMark(QUuid::createUuid().toString(QUuid::Id128).toStdString() + '-'),
       m_reader(std::make_unique<WakeUp>([this] { TakeNews(); })),
       m_mailbox(std::make_shared<TicketMailbox>(m_reader.get())),
-      m_sides(std::make_shared<TicketSides>(m_mailbox))
+      m_sides(std::make_shared<TicketSides>(m_mailbox, m_orderMark))
 {
     m_rules.SetObservers(m_sides, m_sides);
     m_sides->QuoteObserver::SetProvider(quotes);
@@ -161,11 +184,30 @@ void TicketSession::AskUsableAmount(const std::string& price)
     m_rules.RequestUsableAmount(asked);
 }
 
+std::optional<std::int64_t> TicketSession::SendOrder(const ddsdk::TradeRequestParam& order)
+{
+    const std::int64_t number = ++m_requests;
+    auto request = std::make_shared<ddsdk::TradeRequestParam>(order);
+    request->local[kRequestNumber] = m_orderMark + IntText(number);
+    m_orders[number] = order;  // before it goes: the answer may be here first
+    if (m_sides->SendTradeRequest(std::move(request)) < 0) {
+        m_orders.erase(number);
+        return std::nullopt;
+    }
+    return number;
+}
+
 void TicketSession::TakeNews()
 {
     const TicketMailbox::News news = m_mailbox->Take();
     const QPointer<QObject> alive(m_reader.get());  // a listener may end the session
     try {
+        // Before all that may end in an exception.
+        for (const std::shared_ptr<StockInfoAnswer>& answer : news.orders) {
+            if (alive) {
+                TellOrder(*answer);
+            }
+        }
         for (const std::shared_ptr<StockInfoAnswer>& answer : news.answers) {
             if (alive && IsForThisTicket(*answer)) {
                 TakeAnswer(answer);
@@ -183,6 +225,23 @@ void TicketSession::TakeNews()
             m_listener.OnTicketProblem(problem.what());
         }
     }
+}
+
+void TicketSession::TellOrder(const StockInfoAnswer& answer)
+{
+    const std::string& mark = FieldOf(answer.request->local, kRequestNumber);
+    auto order = m_orders.extract(TextToInt64(std::string_view(mark).substr(m_orderMark.size())));
+    if (order.empty()) {
+        return;  // answered before, or refused when it was sent
+    }
+    OrderAnswer told{order.key(), std::move(order.mapped()), {}};
+    if (answer.reply) {
+        told.reply = *answer.reply;
+        for (StringMap* const fields : {&told.reply.head, &told.reply.body, &told.reply.local}) {
+            ToUtf8(*fields);
+        }
+    }
+    m_listener.OnOrderAnswered(told);
 }
 
 // By its number: an answer for the other side, or for a price before, has another usable quantity. And by its

@@ -6,12 +6,16 @@
 #include <thread>
 
 #include "support/test.h"
+#include "support/text_rows.h"
 #include "ticket/stage.h"
 
 using namespace panelry;
 using panelry::test::AnswerText;
 using panelry::test::Fields;
+using panelry::test::Given;
+using panelry::test::TextRows;
 using panelry::test::Unlike;
+using panelry::test::Words;
 
 namespace
 {
@@ -38,8 +42,23 @@ public:
     std::string m_subscriptions;
 };
 
+// Also one that refuses, or answers from inside the sending.
+class OrderTrades : public test::LateTradeProvider
+{
+public:
+    int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
+                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
+    {
+        LateTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
+        return Record("SendTradeRequest");
+    }
+};
+
 const AnswerText kBank{"", "", "codetype=17 newprice=10.00", "wtsl=300", "zqdm=600000 zqmc=bank"};
 const QByteArray kPush = QByteArray("stockcode=\x11") + "600000 latest_price=";
+const ddsdk::TradeRequestParam kOrder{Fields("type=3"), Fields("zqdm=600000"),
+                                      Fields("local_request_type=own mine=1")};
+const AnswerText kTaken{"", "", "type=3", "ret=0 htbh=1001", ""};
 const StringMap kStock = Fields("stockcode=600000 market=17");
 
 class Panel : public TicketListener
@@ -73,6 +92,15 @@ public:
     {
         m_heard += problem.empty() ? "" : "problem ";
     }
+    void OnOrderAnswered(const OrderAnswer& answer) override
+    {
+        m_heard += "order " + QByteArray::number(static_cast<qlonglong>(answer.number)) + ' ';
+        m_answer = answer;
+        m_onPanelsThread = m_onPanelsThread && QThread::currentThread() == qApp->thread();
+        if (m_endAfterNews) {
+            m_session.reset();
+        }
+    }
 
     // All that came by what was done since the last call; nothing came while it was done.
     QByteArray Heard(const std::function<void()>& act = [] {})
@@ -86,10 +114,11 @@ public:
     }
 
     LateQuotes m_quotes;
-    test::LateTradeProvider m_trades;
+    OrderTrades m_trades;
     std::optional<TicketSession> m_session{std::in_place, &m_quotes, &m_trades, *this};
     QByteArray m_heard;
     std::string m_choices;
+    OrderAnswer m_answer;
     bool m_onPanelsThread = true;
     bool m_endAfterNews = false;
 };
@@ -220,6 +249,98 @@ private Q_SLOTS:
             stop = true;
             host.join();
         }
+    }
+
+    void AnOrderGoesAsItIsAndItsAnswerComesInUtf8_data()
+    {
+        TextRows("head body local told",
+                 {{"taken", "type=3", "ret=0 htbh=1001", "", "type=3 | htbh=1001 ret=0 | "},
+                  {"refused, with a reason", "type=3", "ret=-1 ret_text=\xd7\xca\xbd\xf0\xb2\xbb\xd7\xe3", "",
+                   "type=3 | ret=-1 ret_text=资金不足 | "},
+                  {"broken text", "x=\x80", "ret_text=\xd7\xca\xff!\xbd", "zqmc=\xc6\xbd",
+                   "x=\xef\xbf\xbd | ret_text=资\xef\xbf\xbd!\xef\xbf\xbd | zqmc=平"},
+                  {"nothing", "", "", "", " |  | "}});
+    }
+
+    void AnOrderGoesAsItIsAndItsAnswerComesInUtf8()
+    {
+        Panel panel(true);
+        const std::optional<std::int64_t> number = panel.m_session->SendOrder(kOrder);
+        QVERIFY(number.has_value());
+        const ddsdk::TradeRequestParam sent = *panel.m_trades.m_sent.at(1);
+        QCOMPARE(Words(sent.head) + Words(sent.body), QStringLiteral("type=3zqdm=600000"));
+        QCOMPARE(Unlike(sent.local, "mine=1"), QString());
+        QCOMPARE(panel.Heard([&] {
+            panel.m_trades.Answer(1, {"", "", Given("head"), Given("body"), Given("local")});
+        }),
+                 "order " + QByteArray::number(static_cast<qlonglong>(*number)) + ' ');
+        const OrderAnswer& answer = panel.m_answer;
+        QVERIFY(panel.m_onPanelsThread);
+        QCOMPARE(QStringList({Words(answer.reply.head), Words(answer.reply.body), Words(answer.reply.local)})
+                     .join(QStringLiteral(" | ")),
+                 QString::fromUtf8(Given("told")));
+        QCOMPARE(Words(answer.order.local), Words(kOrder.local));
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kTaken); }), "");  // doubled
+    }
+
+    void OrdersAreAnsweredWhateverTicketIsOpen()
+    {
+        Panel panel(true);
+        std::vector<std::int64_t> numbers;
+        QByteArray expected;
+        for (int i = 0; i < 40; ++i) {  // more than the mailbox keeps of other news
+            numbers.push_back(panel.m_session->SendOrder(kOrder).value_or(0));
+            panel.m_session->Open(Fields("stockcode=600001 market=17"));
+        }
+        panel.m_session->Close();
+        const auto answerAll = [&] {
+            for (std::size_t i = numbers.size(); i > 0; --i) {
+                panel.m_trades.Answer(2 * i - 1, kTaken);
+                expected += "order " + QByteArray::number(static_cast<qlonglong>(numbers[i - 1])) + ' ';
+            }
+        };
+        const QByteArray heard = panel.Heard(answerAll);
+        QCOMPARE(heard, expected);
+    }
+
+    void AnOrderThatTheHostDoesNotTakeIsNotAnswered()
+    {
+        Panel panel;
+        panel.m_trades.m_result = -1;
+        QVERIFY(!panel.m_session->SendOrder(kOrder));
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kTaken); }), "");
+        panel.m_trades.m_result = 1;  // only a negative result is one
+        panel.m_trades.m_inside = [&] { panel.m_trades.Answer(2, kTaken); };
+        QVERIFY(panel.m_session->SendOrder(kOrder));
+        QVERIFY(panel.Heard().startsWith("order "));  // though it was there before the sending returned
+        panel.m_session.emplace(nullptr, nullptr, panel);
+        QVERIFY(!panel.m_session->SendOrder(kOrder));
+    }
+
+    void AnswersToOthersOrdersAreNotTold()
+    {
+        Panel mine;
+        Panel other;
+        QCOMPARE(mine.m_session->SendOrder(kOrder), other.m_session->SendOrder(kOrder));  // the same number
+        const auto answer = kTaken.Make();
+        answer->request = other.m_trades.m_sent.at(1);
+        QCOMPARE(mine.Heard([&] { mine.m_trades.m_subscriber->OnFundsPush(answer); }), "");
+        answer->reply.reset();  // of a host that says nothing
+        QVERIFY(other.Heard([&] { other.m_trades.m_subscriber->OnFundsPush(answer); }).startsWith("order "));
+        QCOMPARE(mine.Heard([&] { mine.m_trades.Answer(1, kTaken); }).left(6), "order ");
+    }
+
+    void ASessionMayEndInsideAnOrdersAnswer()
+    {
+        Panel panel;
+        panel.m_endAfterNews = true;
+        QVERIFY(panel.m_session->SendOrder(kOrder) && panel.m_session->SendOrder(kOrder));
+        QVERIFY(panel
+                    .Heard([&] {
+                        panel.m_trades.Answer(1, kTaken);
+                        panel.m_trades.Answer(2, kTaken);
+                    })
+                    .count("order") == 1);
     }
 
     void WithoutProvidersNothingComes()
