@@ -7,26 +7,35 @@
 #include <array>
 #include <utility>
 
+#include "desk/commands.h"
+#include "desk/typed_input.h"
+
 namespace panelry::desk
 {
 
 namespace
 {
 
-/// Init to Uninit, whatever happens in between.
+/// Init to Uninit, whatever happens in between, with the market running.
 class PanelsLife
 {
 public:
-    PanelsLife(const HostLibrary& library, DemoHost* services) : m_library(library), m_services(services)
+    PanelsLife(const HostLibrary& library, MarketHost* market) : m_library(library), m_market(market)
     {
-        m_library.Init(services ? services->Quotes() : nullptr, services ? services->Trades() : nullptr,
+        m_library.Init(market ? market->Quotes() : nullptr, market ? market->Trades() : nullptr,
                        &HostSide::Callback);
+        if (m_market) {
+            m_market->Start();
+        }
     }
     ~PanelsLife()
     {
+        if (m_market) {
+            m_market->faults().Set(Fault::Blocked, false);  // it would hold up the panels' end
+        }
         m_library.Uninit();
-        if (m_services) {
-            m_services->Stop();
+        if (m_market) {
+            m_market->Stop();
         }
     }
     PanelsLife(const PanelsLife&) = delete;
@@ -34,9 +43,19 @@ public:
 
 private:
     const HostLibrary& m_library;
-    DemoHost* const m_services;
+    MarketHost* const m_market;
 };
 
+/// Moments of the announcer's clock, of which any may be missing.
+std::optional<std::chrono::milliseconds> Earlier(std::optional<std::chrono::milliseconds> one,
+                                                 std::optional<std::chrono::milliseconds> other)
+{
+    return !one || (other && *other < *one) ? other : one;
+}
+
+constexpr std::int32_t kOperate = 0;
+constexpr char kPushedQuotes[] = "114";  // what push data comes under
+constexpr char kTyped[] = "stdin:";
 constexpr short kGone = POLLERR | POLLHUP | POLLNVAL;
 
 }  // namespace
@@ -46,10 +65,15 @@ Desk::Desk(const HostLibrary& library, Announcer& announcer, const StopSignals& 
     : m_library(library),
       m_announcer(announcer),
       m_signals(signals),
-      m_settings(settings),
-      m_host(announcer),
-      m_input(STDIN_FILENO)
+      m_settings(std::move(settings)),
+      m_host(announcer)
 {
+    if (m_settings.market) {
+        m_console.emplace(*m_settings.market, announcer);
+        for (const Feed& feed : m_settings.feeds) {
+            m_feeds.push_back({feed, std::chrono::milliseconds(0)});
+        }
+    }
 }
 
 void Desk::Schedule(std::vector<TimedAct> acts)
@@ -63,10 +87,31 @@ void Desk::Run()
 {
     m_announcer.Say("start");
     {
-        const PanelsLife life(m_library, m_settings.services);
+        const PanelsLife life(m_library, m_settings.market);
+        OpenInput();
         Play();
+        CloseInput();
     }
     m_announcer.Say("end");
+}
+
+void Desk::OpenInput()
+{
+    if (!Prompt::IsPossible()) {
+        m_input = std::make_unique<TypedInput>(STDIN_FILENO);
+        return;
+    }
+    auto prompt = std::make_unique<Prompt>(m_settings.vocabulary, m_settings.history);
+    m_prompt = prompt.get();
+    m_input = std::move(prompt);
+    m_announcer.SetScreen(m_prompt);
+}
+
+// The panels' end is told on a terminal that is a plain one again.
+void Desk::CloseInput()
+{
+    m_announcer.SetScreen(nullptr);
+    m_input.reset();
 }
 
 // One act a turn, so that a signal comes through a script whose lines are all due.
@@ -79,6 +124,7 @@ void Desk::Play()
         if (!m_stopped && NothingToCome()) {
             FinishPlaying();
         }
+        FeedPanels();
         if (!m_stopped) {
             Wait();
         }
@@ -97,16 +143,41 @@ void Desk::FinishPlaying()
 
 bool Desk::NothingToCome() const
 {
-    return !m_schedule.NextAt() && (!m_settings.untilInputEnds || m_input.Descriptor() < 0);
+    return !m_schedule.NextAt() && (!m_settings.untilInputEnds || m_input->Descriptor() < 0);
+}
+
+void Desk::FeedPanels()
+{
+    const std::chrono::milliseconds now = m_announcer.Now();
+    for (Feeding& feeding : m_feeds) {
+        if (feeding.next <= now) {
+            // To an open panel only: push data in its proper form would make the panel anew that was closed.
+            const Fields keys{{"operate", "notify"},
+                              {"cmd", kPushedQuotes},
+                              {"bussiness", m_console->FeedText(feeding.feed)},
+                              {"need_create_new", "0"}};
+            m_library.NotifyMsg(kOperate, feeding.feed.panel, keys.dump().c_str());
+            feeding.next = now + feeding.feed.every;
+        }
+    }
+}
+
+std::optional<std::chrono::milliseconds> Desk::NextWake() const
+{
+    std::optional<std::chrono::milliseconds> next = Earlier(m_schedule.NextAt(), m_settings.length);
+    for (const Feeding& feeding : m_feeds) {
+        next = Earlier(next, feeding.next);
+    }
+    return next;
 }
 
 // Until the next act is due, a signal came, or something was typed.
 void Desk::Wait()
 {
     std::array<pollfd, 3> watched{
-        {{m_signals.Descriptor(), POLLIN, 0}, {m_input.Descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}}};
+        {{m_signals.Descriptor(), POLLIN, 0}, {m_input->Descriptor(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}}};
     timespec limit{};
-    const std::optional<std::chrono::milliseconds> next = m_schedule.NextAt();
+    const std::optional<std::chrono::milliseconds> next = NextWake();
     if (next) {
         const std::chrono::milliseconds rest =
             std::max(*next - m_announcer.Now(), std::chrono::milliseconds(0));
@@ -118,15 +189,25 @@ void Desk::Wait()
         Stop(*signal);
     } else if ((watched[2].revents & kGone) != 0) {
         Stop("output closed");
+    } else if (m_settings.length && m_announcer.Now() >= *m_settings.length) {
+        Stop("time is over");
     } else if (watched[1].revents != 0) {
-        m_input.Read();
-        TakeTypedLines();
+        TakeInput();
+    }
+}
+
+void Desk::TakeInput()
+{
+    m_input->Read();
+    TakeTypedLines();
+    if (m_prompt && m_input->Descriptor() < 0) {
+        Stop("quit");  // with the prompt gone nothing else could be typed
     }
 }
 
 void Desk::TakeTypedLines()
 {
-    while (const std::optional<std::string> line = m_input.TakeLine()) {
+    while (const std::optional<std::string> line = m_input->TakeLine()) {
         TakeTypedLine(*line);
     }
 }
@@ -134,9 +215,11 @@ void Desk::TakeTypedLines()
 void Desk::TakeTypedLine(const std::string& text)
 {
     ParsedLine parsed = ParseTypedLine(text);
+    const std::string where = kTyped + std::to_string(m_input->LineNumber());
     if (!parsed.error.empty()) {
-        m_announcer.Tell("stdin:" + std::to_string(m_input.LineNumber()) + ": " + parsed.error + '\n');
+        m_announcer.Complain(where, parsed.error);
     } else if (parsed.line) {
+        SetOrigin(parsed.line->act, where);
         const std::chrono::milliseconds delay = parsed.line->at.value_or(std::chrono::milliseconds(0));
         m_schedule.Add(m_announcer.Now() + delay, std::move(parsed.line->act));
     }
@@ -175,9 +258,19 @@ void Desk::Perform(const Quit& /*quit*/)
     Stop("quit");
 }
 
-void Desk::Perform(const Help& /*help*/)
+void Desk::Perform(const Help& help)
 {
-    m_announcer.Tell(kTypedHelp);
+    m_announcer.Explain(CommandHelp(help.command));
+}
+
+void Desk::Perform(const MarketAct& act)
+{
+    const std::string failure =
+        m_console ? m_console->Perform(act.command) : "there is no market here; --market brings one";
+    if (!failure.empty()) {
+        m_announcer.Complain(act.where, failure);
+        m_failed = m_failed || !act.where.starts_with(kTyped);
+    }
 }
 
 }  // namespace panelry::desk

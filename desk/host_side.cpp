@@ -4,6 +4,7 @@
 
 #include "bridge/host_callback.h"
 #include "desk/announcer.h"
+#include "desk/commands.h"
 #include "services/records.h"
 
 namespace panelry::desk

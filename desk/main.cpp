@@ -9,8 +9,9 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 
-#include "desk/demo_host.h"
+#include "desk/commands.h"
 #include "desk/desk.h"
 #include "desk/display.h"
 #include "desk/exit_status.h"
@@ -39,37 +40,163 @@ int Complain(const std::string& text)
     return desk::kCannotStart;
 }
 
+/// Hears the market for the announcer.
+class MarketEar : public desk::MarketListener
+{
+public:
+    MarketEar(desk::Announcer& announcer, bool tellsRequests)
+        : m_announcer(announcer), m_tellsRequests(tellsRequests)
+    {
+    }
+
+    void OnMarketEvent(const std::string& event, const nlohmann::ordered_json& fields) override
+    {
+        if (m_tellsRequests || event != "request") {
+            m_announcer.Say(event, fields);
+        }
+    }
+
+private:
+    desk::Announcer& m_announcer;
+    const bool m_tellsRequests;
+};
+
+desk::Script ReadScriptFile(const std::filesystem::path& path)
+{
+    std::ifstream file(path);
+    if (!file || std::filesystem::is_directory(path)) {
+        throw std::runtime_error("can't read the script " + path.string());
+    }
+    return desk::ReadScript(file, path.string());
+}
+
+desk::MarketHost::Settings MarketSettings(const desk::Options& options, const desk::MarketWish& wish)
+{
+    const std::filesystem::path program = desk::ProgramDirectory();
+    desk::MarketHost::Settings settings;
+    settings.listing = wish.securities.value_or(program / "securities.json");
+    settings.opening = wish.accounts.value_or(program / "accounts.json");
+    if (!options.keepsNothing) {
+        settings.store = wish.state.value_or(desk::StateDirectory() / "desk.sqlite");
+        std::filesystem::create_directories(std::filesystem::absolute(settings.store).parent_path());
+    }
+    settings.afresh = options.afresh;
+    settings.tape = options.tape.value_or("");
+    settings.seed = wish.seed.value_or(1);
+    settings.changesPerSecond = wish.rate.value_or(200);
+    settings.speed = wish.speed.value_or(1);
+    settings.startOfDay = wish.start.value_or(*desk::ParseTimeOfDay("09:31"));
+    return settings;
+}
+
+void SayWorkspace(const desk::Workspace& workspace, desk::Announcer& announcer)
+{
+    desk::Fields panels = desk::Fields::array();
+    for (const desk::Workspace::Panel& panel : workspace.panels) {
+        panels.push_back(panel.id);
+    }
+    announcer.Say("workspace", {{"title", workspace.title}, {"panels", std::move(panels)}});
+}
+
+void SayMarket(desk::MarketHost& host, const desk::MarketHost::Settings& settings, desk::Announcer& announcer)
+{
+    const desk::Listing& listing = host.Market().Securities();
+    const desk::MarketTime now = host.Market().Now();
+    announcer.Say("market", {{"securities", listing.securities.size()},
+                             {"rules", listing.rules},
+                             {"rules_date", listing.rulesDate},
+                             {"state", settings.store.string()},
+                             {"seed", settings.seed},
+                             {"day", now.day},
+                             {"time", desk::ClockText(now.ofDay)}});
+}
+
+/// What is played, read whole before anything starts.
+struct Program {
+    explicit Program(const desk::Options& options)
+    {
+        if (options.workspace) {
+            workspace = desk::ReadWorkspace(*options.workspace);
+        }
+        if (const auto file = workspace ? workspace->script : options.script) {
+            script = ReadScriptFile(*file);
+        }
+    }
+
+    std::optional<desk::Workspace> workspace;
+    desk::Script script;
+};
+
+desk::DeskSettings DeskSettingsOf(const desk::Options& options, const Program& program,
+                                  desk::MarketHost* market)
+{
+    desk::DeskSettings settings;
+    settings.untilInputEnds = !options.workspace && !options.script;
+    settings.stay = options.stay;
+    settings.length = options.length;
+    settings.market = market;
+    settings.history = desk::StateDirectory() / "desk_history";
+    if (market) {
+        settings.vocabulary.codes = desk::CodeWords(market->Market().Securities());
+    }
+    if (program.workspace) {
+        settings.feeds = program.workspace->feeds;
+        for (const desk::Workspace::Panel& panel : program.workspace->panels) {
+            settings.vocabulary.panels.push_back(std::to_string(panel.id));
+        }
+    }
+    return settings;
+}
+
+/// Everything that is to be played, in the order in which what has one time is.
+void Schedule(const desk::Options& options, Program& program, desk::Desk& player)
+{
+    constexpr std::chrono::milliseconds kAtOnce{0};
+    std::vector<desk::TimedAct> acts;
+    for (const desk::MarketCommand& command : options.beginnings) {
+        acts.push_back({kAtOnce, desk::MarketAct{command, "command line"}});
+    }
+    if (program.workspace) {
+        player.SetTitles(program.workspace->PanelTitles());
+        for (desk::Message& message : program.workspace->Openings()) {
+            acts.push_back({kAtOnce, std::move(message)});
+        }
+    }
+    player.SetTitles(options.titles);
+    player.Schedule(std::move(acts));
+    player.Schedule(std::move(program.script.acts));
+}
+
 int Play(const desk::Options& options)
 {
-    desk::Script script;
-    if (!options.onlyTyped) {
-        std::ifstream file(options.script);
-        if (!file || std::filesystem::is_directory(options.script)) {
-            return Complain("can't read the script " + options.script.string());
-        }
-        script = desk::ReadScript(file, options.script.string());
-    }
-    for (const std::string& complaint : script.complaints) {
-        std::fprintf(stderr, "%s\n", complaint.c_str());
-    }
+    Program program(options);
     if (!desk::PrepareDisplay()) {
         return desk::kCannotStart;
     }
     const desk::StopSignals signals;  // before the library, which may bring threads
     const desk::HostLibrary library(options.library);
-    std::optional<desk::DemoHost> services;  // outlives the panels
-    if (options.market) {
-        services.emplace(*options.market);
+    desk::Announcer announcer(STDOUT_FILENO, STDERR_FILENO, signals.Descriptor(), options.form);
+    MarketEar ear(announcer, options.tellsRequests);
+    std::optional<desk::MarketHost> market;  // outlives the panels
+    if (options.hasMarket) {
+        const desk::MarketHost::Settings settings = MarketSettings(
+            options,
+            desk::Merged(options.market, program.workspace ? program.workspace->market : desk::MarketWish()));
+        market.emplace(settings);
+        SayMarket(*market, settings, announcer);
+        market->SetListener(&ear);
     }
-    desk::Announcer announcer(STDOUT_FILENO, STDERR_FILENO, signals.Descriptor());
+    if (program.workspace) {
+        SayWorkspace(*program.workspace, announcer);
+    }
     desk::Desk player(library, announcer, signals,
-                      {.untilInputEnds = options.onlyTyped,
-                       .stay = options.stay,
-                       .services = services ? &*services : nullptr});
-    player.SetTitles(options.titles);
-    player.Schedule(std::move(script.acts));
+                      DeskSettingsOf(options, program, market ? &*market : nullptr));
+    for (const desk::Complaint& complaint : program.script.complaints) {
+        announcer.Complain(complaint.where, complaint.reason);
+    }
+    Schedule(options, program, player);
     player.Run();
-    return script.complaints.empty() ? desk::kClean : desk::kFaultsFound;
+    return program.script.complaints.empty() && !player.HasFailed() ? desk::kClean : desk::kFaultsFound;
 }
 
 int Inspect(const std::filesystem::path& directory)

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <optional>
-#include <string>
+#include "desk/line_input.h"
 
 namespace panelry::desk
 {
@@ -11,22 +10,16 @@ namespace panelry::desk
 /// Ownership: borrows the descriptor.
 /// Threading: one thread.
 /// Failures: an error of the descriptor counts as its end.
-class TypedInput
+class TypedInput : public LineInput
 {
 public:
     explicit TypedInput(int descriptor);
 
-    /// The descriptor; -1 (which poll passes over) once its end was seen.
-    [[nodiscard]] int Descriptor() const { return m_descriptor; }
-
-    /// Reads once what is there. Blocks if nothing is: call when poll reports something.
-    void Read();
-
-    /// The next whole line without its end; at the end of input also a last one that isn't ended.
-    std::optional<std::string> TakeLine();
-
-    /// How many lines were taken.
-    [[nodiscard]] int LineNumber() const { return m_lineNumber; }
+    [[nodiscard]] int Descriptor() const override { return m_descriptor; }
+    void Read() override;
+    /// At the end of input also a last line that isn't ended.
+    std::optional<std::string> TakeLine() override;
+    [[nodiscard]] int LineNumber() const override { return m_lineNumber; }
 
 private:
     int m_descriptor;

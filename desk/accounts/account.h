@@ -59,6 +59,7 @@ struct Deal {
     AccountKind account = AccountKind::Normal;
     std::size_t security = 0;
     Side side = Side::Buy;
+    Funding funding = Funding::Own;  ///< of its order
     Price price = 0;
     Quantity quantity = 0;
     Money worth = 0;  ///< in the account's currency

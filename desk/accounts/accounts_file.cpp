@@ -37,7 +37,8 @@ constexpr char kOrders[] =
     "SELECT number, account, security, side, price, quantity, funding, day, time, dealt, dealt_worth, state,"
     " reason, exchange_order FROM orders";
 constexpr char kDeals[] =
-    "SELECT number, contract, account, security, side, price, quantity, worth, fees, day, time FROM deals";
+    "SELECT number, contract, account, security, side, price, quantity, worth, fees, day, time,"
+    " (SELECT funding FROM orders WHERE orders.number = deals.contract) FROM deals";
 
 std::string Select(const char* columns, const char* behind)
 {
@@ -141,24 +142,28 @@ Books AccountsFile::ReadBooks()
     Statement cash(m_database, "SELECT account, balance, debt, sold_today FROM accounts");
     cash.Ask();
     while (cash.Next()) {
-        books.Of(static_cast<AccountKind>(cash.Number(0))).cash = {
+        books.Of(Known(cash.Number(0), AccountKind::Connect)).cash = {
             .balance = cash.Number(1), .debt = cash.Number(2), .soldToday = cash.Number(3)};
     }
     Statement holdings(m_database, "SELECT account, security, total, bought_today, cost FROM holdings");
     holdings.Ask();
     while (holdings.Next()) {
-        books.Of(static_cast<AccountKind>(holdings.Number(0)))
-            .positions[m_securities.at(holdings.Number(1))] = {
+        books.Of(Known(holdings.Number(0), AccountKind::Connect)).positions[Listed(holdings.Number(1))] = {
             .total = holdings.Number(2), .boughtToday = holdings.Number(3), .cost = holdings.Number(4)};
     }
     Statement orders(m_database, Select(kOrders, "WHERE day = ?").c_str());
     orders.Ask(books.day);
     while (orders.Next()) {
+        const auto before = static_cast<std::int64_t>(books.orders.size());
+        books.firstOrder = before == 0 ? orders.Number(0) : books.firstOrder;
+        if (orders.Number(0) != books.firstOrder + before) {
+            FailAsDamaged("lacks an order in front of number " + std::to_string(orders.Number(0)));
+        }
         books.orders.push_back(OrderOf(orders));
     }
-    books.firstOrder = books.orders.empty()
-                           ? m_database.Number("SELECT coalesce(max(number), 0) + 1 FROM orders")
-                           : ContractNumber(books.orders.front().contract);
+    if (books.orders.empty()) {
+        books.firstOrder = m_database.Number("SELECT coalesce(max(number), 0) + 1 FROM orders");
+    }
     books.deals = DealsBetween(std::nullopt, books.day, books.day);
     books.nextDeal = m_database.Number("SELECT coalesce(max(number), 0) + 1 FROM deals");
     return books;
@@ -270,20 +275,43 @@ bool AccountsFile::IsUsed(std::int64_t filed)
     return query.Next() && query.Number(0) != 0;
 }
 
+void AccountsFile::FailAsDamaged(const std::string& how) const
+{
+    throw std::runtime_error(m_database.Name() + ": is damaged, it " + how);
+}
+
+std::size_t AccountsFile::Listed(std::int64_t filed) const
+{
+    const auto found = m_securities.find(filed);
+    if (found == m_securities.end()) {
+        FailAsDamaged("doesn't name security " + std::to_string(filed));
+    }
+    return found->second;
+}
+
+template <class Enumerator>
+Enumerator AccountsFile::Known(std::int64_t filed, Enumerator last) const
+{
+    if (filed < 0 || filed > Place(last)) {
+        FailAsDamaged("holds a " + std::to_string(filed) + " that means nothing");
+    }
+    return static_cast<Enumerator>(filed);
+}
+
 Order AccountsFile::OrderOf(const Statement& row) const
 {
     Order order;
     order.contract = ContractText(row.Number(0));
-    order.wish = {static_cast<AccountKind>(row.Number(1)),
-                  m_securities.at(row.Number(2)),
-                  static_cast<Side>(row.Number(3)),
+    order.wish = {Known(row.Number(1), AccountKind::Connect),
+                  Listed(row.Number(2)),
+                  Known(row.Number(3), Side::Sell),
                   row.Number(4),
                   row.Number(5),
-                  static_cast<Funding>(row.Number(6))};
+                  Known(row.Number(6), Funding::PayBack)};
     order.time = {static_cast<int>(row.Number(7)), std::chrono::milliseconds(row.Number(8))};
     order.dealt = row.Number(9);
     order.dealtWorth = row.Number(10);
-    order.state = static_cast<OrderState>(row.Number(11));
+    order.state = Known(row.Number(11), OrderState::Refused);
     order.reason = row.Text(12);
     order.exchangeOrder = static_cast<OrderId>(row.Number(13));
     return order;
@@ -294,14 +322,15 @@ Deal AccountsFile::DealOf(const Statement& row) const
     Deal deal;
     deal.number = DealText(row.Number(0));
     deal.contract = ContractText(row.Number(1));
-    deal.account = static_cast<AccountKind>(row.Number(2));
-    deal.security = m_securities.at(row.Number(3));
-    deal.side = static_cast<Side>(row.Number(4));
+    deal.account = Known(row.Number(2), AccountKind::Connect);
+    deal.security = Listed(row.Number(3));
+    deal.side = Known(row.Number(4), Side::Sell);
     deal.price = row.Number(5);
     deal.quantity = row.Number(6);
     deal.worth = row.Number(7);
     deal.fees = row.Number(8);
     deal.time = {static_cast<int>(row.Number(9)), std::chrono::milliseconds(row.Number(10))};
+    deal.funding = Known(row.Number(11), Funding::PayBack);
     return deal;
 }
 

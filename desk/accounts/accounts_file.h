@@ -22,8 +22,7 @@ namespace panelry::desk
 ///
 /// Ownership: owns the file; refers to the listing. Threading: one at a time.
 /// Failures: std::runtime_error for a file that is none of ours, of a newer make, in use, damaged or not to
-/// be written,
-///   or that knows a security which isn't listed any more. Such a file isn't touched.
+///   be written, or that knows a security which isn't listed any more. Such a file isn't touched.
 class AccountsFile
 {
 public:
@@ -60,6 +59,12 @@ private:
     // In a transaction of the caller's.
     void MapSecurities();
     [[nodiscard]] bool IsUsed(std::int64_t filed);
+    [[noreturn]] void FailAsDamaged(const std::string& how) const;
+    /// The listing's index.
+    [[nodiscard]] std::size_t Listed(std::int64_t filed) const;
+    /// `last` is the last of its enumeration.
+    template <class Enumerator>
+    [[nodiscard]] Enumerator Known(std::int64_t filed, Enumerator last) const;
     [[nodiscard]] Order OrderOf(const Statement& row) const;
     [[nodiscard]] Deal DealOf(const Statement& row) const;
 

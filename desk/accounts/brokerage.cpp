@@ -22,7 +22,7 @@ public:
     Placed Place(const OrderWish& wish, MarketTime time);
     void Accept(const std::string& contract, OrderId exchangeOrder);
     void Refuse(const std::string& contract, const std::string& reason);
-    void OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time);
+    Deal OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time);
     void OnGone(const std::string& contract);
 
     [[nodiscard]] const Books& All() const { return m_books; }
@@ -250,7 +250,7 @@ void Brokerage::Implementation::End(const std::string& contract, OrderState stat
     TakeIn(next);
 }
 
-void Brokerage::Implementation::OnDeal(const std::string& contract, Price price, Quantity quantity,
+Deal Brokerage::Implementation::OnDeal(const std::string& contract, Price price, Quantity quantity,
                                        MarketTime time)
 {
     Next next = StateOf(m_books.orders[OpenOrder(contract)]);
@@ -272,6 +272,7 @@ void Brokerage::Implementation::OnDeal(const std::string& contract, Price price,
     m_books.deals.push_back(deal);
     ++m_books.nextDeal;
     TakeIn(next);
+    return deal;
 }
 
 Deal Brokerage::Implementation::Book(Next& next, Price price, Quantity quantity, MarketTime time) const
@@ -285,6 +286,7 @@ Deal Brokerage::Implementation::Book(Next& next, Price price, Quantity quantity,
               wish.account,
               wish.security,
               wish.side,
+              wish.funding,
               price,
               quantity,
               DealWorth(m_opening, security, order, price, quantity),
@@ -408,10 +410,8 @@ Quantity Brokerage::Implementation::Buyable(const OrderWish& wish) const
     while (least < most) {
         const Quantity lots = least + (most - least + 1) / 2;
         order.wish.quantity = lots * security.lot;
-        if (!WhyUnsound(order.wish, security).empty()) {
-            return 0;
-        }
-        const bool enough = StillNeeded(m_opening, security, order) <= means;
+        const bool enough =
+            WhyUnsound(order.wish, security).empty() && StillNeeded(m_opening, security, order) <= means;
         (enough ? least : most) = enough ? lots : lots - 1;
     }
     return least * security.lot >= security.minimum ? least * security.lot : 0;
@@ -449,9 +449,9 @@ void Brokerage::Refuse(const std::string& contract, const std::string& reason)
     m_->Refuse(contract, reason);
 }
 
-void Brokerage::OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time)
+Deal Brokerage::OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time)
 {
-    m_->OnDeal(contract, price, quantity, time);
+    return m_->OnDeal(contract, price, quantity, time);
 }
 
 void Brokerage::OnGone(const std::string& contract)

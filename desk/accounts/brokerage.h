@@ -63,7 +63,8 @@ public:
     void Accept(const std::string& contract, OrderId exchangeOrder);
     /// The exchange has turned it down: what was frozen is free again.
     void Refuse(const std::string& contract, const std::string& reason);
-    void OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time);
+    /// The deal as it is booked.
+    Deal OnDeal(const std::string& contract, Price price, Quantity quantity, MarketTime time);
     /// Nothing more will be dealt of it; what is still frozen is free again.
     void OnGone(const std::string& contract);
 

@@ -70,7 +70,7 @@ std::int64_t Dice::Below(std::int64_t limit)
 std::int64_t Crowd::Pause(double movesPerSecond)
 {
     // Evenly spread up to twice the mean, in units that keep the dice inside their range.
-    const auto mean = static_cast<std::int64_t>(std::llround(1e9 / movesPerSecond));
+    const auto mean = static_cast<std::int64_t>(std::llround(std::min(1e9 / movesPerSecond, 1e18)));
     constexpr std::int64_t kParts = 1 << 20;
     return 1 +
            static_cast<std::int64_t>(static_cast<double>(mean) * 2 *
@@ -208,8 +208,11 @@ Move Crowd::InRun(const Security& security, const Book& book, const Belief& beli
 {
     const Side side = *belief.run;
     const Quantity size = Size(security, belief.runPrice);
-    const Book::Orders& orders = book.Of(side);
-    const bool isShort = orders.empty() || orders.front().rest < RunQuantity(security) / 2;
+    Quantity waiting = 0;  // users' orders too: they have their turn
+    for (const BookOrder& order : book.Of(side)) {
+        waiting += order.price == belief.runPrice ? order.rest : 0;
+    }
+    const bool isShort = waiting < RunQuantity(security) / 2;
     if (isShort || m_dice.OneIn(2)) {
         return {side, belief.runPrice, size};
     }

@@ -39,6 +39,13 @@ struct Instrument {
     Belief belief;
 };
 
+/// What the orders that meet would be dealt at; nothing where none meet.
+std::optional<Level> AuctionOf(const Instrument& instrument)
+{
+    const Quote& quote = instrument.quote;
+    return instrument.book.AuctionPrice(quote.last > 0 ? quote.last : quote.previousClose);
+}
+
 /// An open order of a user.
 struct UserOrder {
     std::size_t security = 0;
@@ -211,6 +218,10 @@ void Exchange::Implementation::BeginAuction()
 
 void Exchange::Implementation::BeginTrade()
 {
+    // Orders meet here that weren't dealt in an auction, as the security was suspended then.
+    for (std::size_t i = 0; i < instruments.size(); ++i) {
+        Uncross(i);
+    }
     for (const OrderId id : std::exchange(m_waiting, {})) {
         UserOrder& order = m_orders.at(id);
         order.isInBook = true;
@@ -351,13 +362,10 @@ bool Exchange::Implementation::Cancel(OrderId id)
     if (found == m_orders.end() || !CancelsAreOpen(now.ofDay)) {
         return false;
     }
-    const UserOrder order = found->second;
-    if (order.isInBook) {
-        instruments[order.security].book.Take(order.side, order.price, id, order.rest);
-    }
+    const std::size_t security = found->second.security;
     std::erase(m_waiting, id);
     EndOrder(id);
-    Show(order.security);
+    Show(security);
     return true;
 }
 
@@ -389,7 +397,7 @@ void Exchange::Implementation::SetSuspended(std::size_t security, bool suspended
     instrument.quote.suspended = suspended;
     instrument.hasNews = true;
     ListActive();
-    if (!suspended && !IsAuction(phase)) {
+    if (phase == Phase::Continuous) {
         Uncross(security);
     }
     if (!suspended && instrument.belief.run) {
@@ -448,12 +456,10 @@ void Exchange::Implementation::Enter(std::size_t security, Side side, const Book
 void Exchange::Implementation::Uncross(std::size_t security)
 {
     Instrument& instrument = instruments[security];
-    const Quote& quote = instrument.quote;
-    if (quote.suspended) {
+    if (instrument.quote.suspended) {
         return;
     }
-    const auto auction = instrument.book.AuctionPrice(quote.last > 0 ? quote.last : quote.previousClose);
-    if (auction) {
+    if (const auto auction = AuctionOf(instrument)) {
         instrument.book.Uncross(*auction, m_trades);
         Settle(security);
     }
@@ -505,12 +511,14 @@ void Exchange::Implementation::Show(std::size_t security)
     Quote& quote = instrument.quote;
     std::array<Level, 5> bids;
     std::array<Level, 5> asks;
-    if (IsAuction(phase) && !quote.suspended) {
-        const auto auction = instrument.book.AuctionPrice(quote.last > 0 ? quote.last : quote.previousClose);
-        bids[0] = asks[0] = auction.value_or(Level{});
-    } else if (!quote.suspended) {
-        bids = instrument.book.Levels(Side::Buy);
-        asks = instrument.book.Levels(Side::Sell);
+    if (!quote.suspended) {
+        const auto auction = AuctionOf(instrument);
+        if (auction || IsAuction(phase)) {
+            bids[0] = asks[0] = auction.value_or(Level{});
+        } else {
+            bids = instrument.book.Levels(Side::Buy);
+            asks = instrument.book.Levels(Side::Sell);
+        }
     }
     if (!instrument.hasNews && bids == quote.bids && asks == quote.asks) {
         return;

@@ -36,7 +36,7 @@ struct Quote {
     Quantity volume = 0;
     Money turnover = 0;
     std::array<Level, 5>
-        bids;  ///< best first; price 0 where there is none. In an auction the indicative price
+        bids;  ///< best first; price 0 where there is none. Until an auction's end the indicative price
     std::array<Level, 5> asks;  ///< stands on both first levels, as the exchanges show it
     bool suspended = false;
     std::int64_t changes = 0;  ///< counts the changes of this quote
@@ -56,7 +56,7 @@ struct Refusal {
     std::string reason;
 };
 
-/// Hears what happens, from inside the exchange's operations. Doesn't call it back.
+/// Hears what happens, from inside the exchange's operations. Neither calls it back nor throws.
 class ExchangeListener
 {
 public:
@@ -77,8 +77,8 @@ public:
 ///
 /// A day: auctions collect orders and deal them at one price; before the open and in the break orders wait
 /// out of the book; protected limits hold in the continuous phase; at 15:00 every user's order that is still
-/// open is gone. A suspended security shows no book and takes no orders; when it is resumed, what meets is
-/// dealt at one price.
+/// open is gone. A suspended security shows no book and takes no orders; when it is resumed and trade is on,
+/// what meets is dealt at one price.
 ///
 /// Shares no rule and no arithmetic with the library's order ticket.
 ///

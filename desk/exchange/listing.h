@@ -12,7 +12,7 @@
 namespace panelry::desk
 {
 
-/// What is traded under a code; decides on limits, lots and protected limits.
+/// What is traded under a code; decides on protected limits and fees, and on who may trade it.
 enum class SecurityKind {
     Stock,         ///< main boards, A and B shares
     Star,          ///< STAR board
@@ -64,7 +64,8 @@ struct Listing {
 /// its step).
 Listing ReadListing(const std::filesystem::path& file);
 
-/// `count` made-up securities for benchmarks and long tests: the file's own, then stocks on further codes.
+/// For benchmarks and long tests: the listing's own securities, and made-up stocks on free codes of the main
+/// board until there are `count`, or 6,000 codes were tried.
 Listing Enlarged(Listing listing, std::size_t count);
 
 }  // namespace panelry::desk

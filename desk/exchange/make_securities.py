@@ -32,6 +32,7 @@ CONNECT = {"kind": "connect", "market": 64, "decimals": 3, "limit_percent": 0, "
 INDEX = {"kind": "index", "limit_percent": 0}
 ST = {"limit_percent": 5}
 NEW = {"limit_percent": 0}
+TWENTY = {"limit_percent": 20}  # funds of nothing but STAR or ChiNext stocks
 
 # What the ticket shows with three decimals, whatever else it hears; "18:" means that market only.
 THREE_DECIMALS = (
@@ -140,13 +141,13 @@ add_many(B_34, range(200011, 200017), 100, 900, "B股")
 
 add(FUND_20, "510300", 3.952, "演示三百基金")
 add(FUND_20, "510050", 2.731, "演示五十基金")
-add(FUND_20, "588000", 1.043, "演示科创基金")
+add(FUND_20, "588000", 1.043, "演示科创基金", **TWENTY)
 add(FUND_20, "511880", 100.214, "演示日利基金", same_day=True)
 add(FUND_20, "513100", 1.288, "演示跨境基金", same_day=True)
 add(FUND_20, "508000", 9.876, "演示园区基金")
 add_many(FUND_20, [*range(512801, 512809), *range(515801, 515805)], 50, 400, "基金")
 add(FUND_36, "159001", 100.001, "演示货币基金", same_day=True)
-add(FUND_36, "159915", 2.187, "演示创业基金")
+add(FUND_36, "159915", 2.187, "演示创业基金", **TWENTY)
 add(FUND_36, "161725", 0.934, "演示分级基金")
 add(FUND_36, "180101", 3.015, "演示仓储基金")
 add_many(FUND_36, range(159801, 159809), 50, 400, "基金")

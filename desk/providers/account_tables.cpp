@@ -1,6 +1,7 @@
 #include "desk/providers/account_tables.h"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
 #include "desk/providers/host_words.h"
@@ -49,10 +50,25 @@ void Append(Row& row, Row more)
     std::move(more.begin(), more.end(), std::back_inserter(row));
 }
 
-// `money` for each of `quantity`, to a tenth of a fen: "10.253".
-std::string EachText(Money money, Quantity quantity)
+constexpr Money kPricesInAFen = 10;
+
+// What each of `quantity` comes to where all come to `sum`, in the units of a price: "10.253".
+std::string EachText(std::int64_t sum, Quantity quantity)
 {
-    return quantity == 0 ? "0.000" : PriceText((money * 10 + quantity / 2) / quantity, 3);
+    return quantity == 0 ? "0.000" : PriceText((sum + quantity / 2) / quantity, 3);
+}
+
+// By contract, what the deals of today come to in the currency of their prices. Only where that isn't the
+// account's: elsewhere an order knows it.
+std::map<std::string, std::int64_t> ForeignSums(const Brokerage& brokerage, AccountKind account)
+{
+    std::map<std::string, std::int64_t> sums;
+    if (account == AccountKind::Connect) {
+        for (const Deal& deal : brokerage.Deals(account)) {
+            sums[deal.contract] += deal.price * deal.quantity;
+        }
+    }
+    return sums;
 }
 
 // `part` of `whole` in percent, two decimals.
@@ -61,16 +77,17 @@ std::string PercentText(Money part, Money whole)
     return MoneyText(whole == 0 ? 0 : part * 10000 / whole);
 }
 
-Row OrderCells(const Order& order, int decimals)
+// `dealtSum` is of all its deals, in the units of a price.
+Row OrderCells(const Order& order, std::int64_t dealtSum, int decimals)
 {
     const bool ended = order.state == OrderState::Cancelled || order.state == OrderState::PartlyCancelled;
     return {CompactDate(order.time.day),
             ClockText(order.time.ofDay),
-            ToHostText(OperationName(order.wish)),
+            ToHostText(OperationName(order.wish.account, order.wish.side, order.wish.funding)),
             PriceText(order.wish.price, decimals),
             std::to_string(order.wish.quantity),
             std::to_string(order.dealt),
-            order.dealt == 0 ? PriceText(0, decimals) : EachText(order.dealtWorth, order.dealt),
+            order.dealt == 0 ? PriceText(0, decimals) : EachText(dealtSum, order.dealt),
             MoneyText(order.dealtWorth),
             std::to_string(ended ? order.Rest() : 0),
             ToHostText(StateName(order.state)),
@@ -81,11 +98,11 @@ Row OrderCells(const Order& order, int decimals)
 const Columns kOrderColumns{"2139", "2140", "2109", "2127", "2126", "2128", "2129",
                             "2131", "2120", "2946", "2135", "1017", "2105"};
 
-Row DealCells(const Deal& deal, const std::string& operation, int decimals)
+Row DealCells(const Deal& deal, int decimals)
 {
     return {CompactDate(deal.time.day),
             ClockText(deal.time.ofDay),
-            ToHostText(operation),
+            ToHostText(OperationName(deal.account, deal.side, deal.funding)),
             PriceText(deal.price, decimals),
             std::to_string(deal.quantity),
             MoneyText(deal.worth),
@@ -100,7 +117,7 @@ Row HoldingCells(const Holding& holding, Price price, Money worth, int decimals)
     return {std::to_string(holding.total),
             std::to_string(holding.sellable),
             std::to_string(holding.frozen),
-            EachText(holding.cost, holding.total),
+            EachText(holding.cost * kPricesInAFen, holding.total),
             MoneyText(holding.cost),
             PriceText(price, decimals),
             MoneyText(worth),
@@ -120,13 +137,19 @@ Funds FundsOf(const Exchange& exchange, const Brokerage& brokerage, AccountKind 
 std::shared_ptr<MemoryTable> OrdersTable(const std::string& name, const Simulation& market,
                                          AccountKind account, bool onlyOpen)
 {
-    const std::vector<Order> orders = market.Read(
-        [&](const Exchange&, const Brokerage& brokerage) { return brokerage.Orders(account, onlyOpen); });
+    std::map<std::string, std::int64_t> foreign;
+    const std::vector<Order> orders = market.Read([&](const Exchange&, const Brokerage& brokerage) {
+        foreign = ForeignSums(brokerage, account);
+        return brokerage.Orders(account, onlyOpen);
+    });
     std::vector<Row> rows;
     for (const Order& order : orders) {
         const Security& security = market.Securities().securities[order.wish.security];
         rows.push_back(SecurityCells(security, market.Started(), account));
-        Append(rows.back(), OrderCells(order, security.decimals));
+        const auto sum = foreign.find(order.contract);
+        Append(rows.back(),
+               OrderCells(order, sum == foreign.end() ? order.dealtWorth * kPricesInAFen : sum->second,
+                          security.decimals));
     }
     return std::make_shared<MemoryTable>(name, Joined(kOrderColumns), std::move(rows));
 }
@@ -134,21 +157,15 @@ std::shared_ptr<MemoryTable> OrdersTable(const std::string& name, const Simulati
 std::shared_ptr<MemoryTable> DealsTable(const std::string& name, const Simulation& market,
                                         AccountKind account, std::optional<std::pair<int, int>> range)
 {
-    std::vector<std::string> operations;
     const std::vector<Deal> deals = market.Read([&](const Exchange&, const Brokerage& brokerage) {
-        std::vector<Deal> found =
-            range ? brokerage.DealsBetween(account, range->first, range->second) : brokerage.Deals(account);
-        for (const Deal& deal : found) {
-            const Order* const order = brokerage.Find(deal.contract);
-            operations.push_back(order ? OperationName(order->wish) : SideName(deal.side));
-        }
-        return found;
+        return range ? brokerage.DealsBetween(account, range->first, range->second)
+                     : brokerage.Deals(account);
     });
     std::vector<Row> rows;
     for (const Deal& deal : deals) {
         const Security& security = market.Securities().securities[deal.security];
         rows.push_back(SecurityCells(security, market.Started(), account));
-        Append(rows.back(), DealCells(deal, operations[rows.size() - 1], security.decimals));
+        Append(rows.back(), DealCells(deal, security.decimals));
     }
     return std::make_shared<MemoryTable>(name, Joined(kDealColumns), std::move(rows));
 }

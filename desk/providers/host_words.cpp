@@ -82,20 +82,15 @@ std::string MarketName(std::uint8_t market)
     }
 }
 
-std::string SideName(Side side)
+std::string OperationName(AccountKind account, Side side, Funding funding)
 {
-    return side == Side::Buy ? "买入" : "卖出";
-}
-
-std::string OperationName(const OrderWish& wish)
-{
-    if (wish.account != AccountKind::Margin) {
-        return SideName(wish.side);
+    if (account != AccountKind::Margin) {
+        return side == Side::Buy ? "买入" : "卖出";
     }
-    if (wish.side == Side::Buy) {
-        return wish.funding == Funding::Borrowed ? "融资买入" : "担保品买入";
+    if (side == Side::Buy) {
+        return funding == Funding::Borrowed ? "融资买入" : "担保品买入";
     }
-    return wish.funding == Funding::PayBack ? "卖券还款" : "担保品卖出";
+    return funding == Funding::PayBack ? "卖券还款" : "担保品卖出";
 }
 
 std::string StateName(OrderState state)

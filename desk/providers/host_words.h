@@ -19,8 +19,7 @@ std::string ToHostText(const std::string& utf8);
 std::string MarketName(std::uint8_t market);
 
 /// "买入", "卖出"; for the margin account "担保品买入", "融资买入", "担保品卖出", "卖券还款". What buys has "买" in it.
-std::string OperationName(const OrderWish& wish);
-std::string SideName(Side side);
+std::string OperationName(AccountKind account, Side side, Funding funding);
 
 /// "已报", "部成", "已成", "已撤", "部撤", "废单".
 std::string StateName(OrderState state);

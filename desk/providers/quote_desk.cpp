@@ -1,7 +1,6 @@
 #include "desk/providers/quote_desk.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "desk/providers/faults.h"
@@ -129,13 +128,24 @@ int QuoteDesk::SubscribeCodes(std::vector<MarketCode>& codes, bool on, Subscribe
         const std::lock_guard guard(feed.lock);
         if (on && !m_stopped) {
             feed.subscribers.insert(subscriber);
-            m_delivery.Post([this, security, subscriber] { Push(security, "nowdata", {subscriber}); });
+            m_delivery.Post([this, security, subscriber] {
+                if (IsSubscribed(security, subscriber)) {
+                    Push(security, "nowdata", {subscriber});
+                }
+            });
         } else {
             feed.subscribers.erase(subscriber);
         }
         feed.wanted = !feed.subscribers.empty();
     }
     return kDone;
+}
+
+bool QuoteDesk::IsSubscribed(std::size_t security, const Subscriber& subscriber)
+{
+    Feed& feed = m_feeds[security];
+    const std::lock_guard guard(feed.lock);
+    return feed.subscribers.count(subscriber) == 1;
 }
 
 int QuoteDesk::SubscribeTopicA(std::uint32_t /*topic*/, bool on, Subscriber /*subscriber*/)

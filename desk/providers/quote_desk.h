@@ -64,6 +64,7 @@ private:
     };
 
     bool IsCut();
+    bool IsSubscribed(std::size_t security, const Subscriber& subscriber);
     void Push(std::size_t security, const char* type, const std::set<Subscriber>& subscribers);
 
     const Simulation& m_market;

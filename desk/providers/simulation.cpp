@@ -253,7 +253,10 @@ std::string Simulation::WhyNotOpen(AccountKind account, const std::string& contr
     if (!order || order->wish.account != account) {
         return kNoSuchOrder;
     }
-    return order->IsOpen() && m_happenings.empty() ? std::string() : kNotOpen;
+    if (!m_happenings.empty()) {
+        return kBroken;  // what has become of it isn't booked yet
+    }
+    return order->IsOpen() ? std::string() : kNotOpen;
 }
 
 MarketTime Simulation::Now() const
@@ -412,10 +415,9 @@ void Simulation::BookOne(const TurnedDown& order, MarketTime /*time*/)
 
 void Simulation::BookOne(const Dealt& dealt, MarketTime time)
 {
-    m_brokerage->OnDeal(dealt.contract, dealt.price, dealt.quantity, time);
+    const Deal deal = m_brokerage->OnDeal(dealt.contract, dealt.price, dealt.quantity, time);
     if (m_listener) {
-        const AccountKind account = m_brokerage->Find(dealt.contract)->wish.account;
-        m_listener->OnDeal(m_brokerage->Deals(account).back());
+        m_listener->OnDeal(deal);
         Tell(dealt.contract, OrderEvent::Dealt);
     }
 }

@@ -361,12 +361,15 @@ void TradeDesk::LogIn()
     TellLogin();
 }
 
-// To all that don't know yet.
+// To all that don't know yet. One that is lost again by now isn't told, or they would miss the next.
 void TradeDesk::TellLogin()
 {
     std::vector<Client> clients;
     {
         const std::lock_guard guard(m_lock);
+        if (!m_loggedIn) {
+            return;
+        }
         for (auto& [client, told] : m_attached) {
             if (!std::exchange(told, true)) {
                 clients.push_back(client.lock());

@@ -136,6 +136,7 @@ TablesWidget::Table TablesWidget::MakeTable(const PageSpec& page, bool margin)
     const QString memory = QStringLiteral("%1/%2").arg(QString::fromLatin1(m_spec.name),
                                                        QString::fromStdString(TableName(page, margin)));
     table.view = new HostTableView(table.model, memory, this);
+    table.view->setObjectName(QString::fromStdString(TableName(page, margin)));
     table.view->SetEmptyText(QStringLiteral("没有数据"));
     m_views->addWidget(table.view);
     connect(table.view, &HostTableView::RowsChanged, this, &TablesWidget::ShowState);

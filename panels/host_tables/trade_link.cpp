@@ -10,6 +10,13 @@
 namespace panelry
 {
 
+namespace
+{
+
+constexpr int kLogin = 0;
+
+}  // namespace
+
 // The host's threads leave their news here, as long as the link is there to take them.
 class TradeLink::Observer : public TradeObserver
 {
@@ -18,6 +25,7 @@ public:
         std::map<std::string, std::shared_ptr<HostTable>> tables;
         std::map<std::string, std::shared_ptr<StringMap>> maps;
         std::vector<std::shared_ptr<StockInfoAnswer>> answers;
+        bool loggedIn = false;
     };
 
     explicit Observer(WakeUp* reader) : m_reader(reader) {}
@@ -39,6 +47,12 @@ public:
     {
         if (answer) {
             Leave([&](News& news) { news.answers.push_back(std::move(answer)); });
+        }
+    }
+    void OnLoginState(int state) override
+    {
+        if (state == kLogin) {
+            Leave([](News& news) { news.loggedIn = true; });
         }
     }
 
@@ -114,6 +128,7 @@ TradeLink::~TradeLink()
 
 void TradeLink::FollowTable(const std::string& name)
 {
+    m_tables.insert(name);
     if (m_observer) {
         m_observer->SubscribeKey(name, true);
         m_observer->LeaveKnown(name, m_observer->GetTable(name));
@@ -122,6 +137,7 @@ void TradeLink::FollowTable(const std::string& name)
 
 void TradeLink::FollowMap(const std::string& name)
 {
+    m_maps.insert(name);
     if (m_observer) {
         m_observer->SubscribeKey(name, true);
         m_observer->LeaveKnown(name, m_observer->GetStringMap(name));
@@ -130,6 +146,7 @@ void TradeLink::FollowMap(const std::string& name)
 
 void TradeLink::Ask(Query query, const std::string& table, bool margin)
 {
+    m_asked[table] = {query, margin};
     StringMap parameters{{"table_name", table}};
     if (margin) {
         parameters["rzrq"] = "1";
@@ -139,6 +156,7 @@ void TradeLink::Ask(Query query, const std::string& table, bool margin)
 
 void TradeLink::AskFunds(bool margin)
 {
+    m_fundsAsked.insert(margin);
     StringMap none;
     (margin ? static_cast<DataDealBase&>(m_marginFunds) : m_funds).QueryFunds(none);
 }
@@ -162,6 +180,25 @@ void TradeLink::TakeNews()
     }
     for (const auto& [name, map] : news.maps) {
         Q_EMIT MapChanged(name, *map);
+    }
+    if (news.loggedIn) {
+        Resume();
+    }
+}
+
+void TradeLink::Resume()
+{
+    for (const std::string& name : m_tables) {
+        FollowTable(name);
+    }
+    for (const std::string& name : m_maps) {
+        FollowMap(name);
+    }
+    for (const auto& [table, how] : m_asked) {
+        Ask(how.first, table, how.second);
+    }
+    for (const bool margin : m_fundsAsked) {
+        AskFunds(margin);
     }
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QObject>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
+#include <utility>
 
 #include "base/wake_up.h"
 #include "services/host_table.h"
@@ -20,6 +23,9 @@ namespace panelry
 /// thread, and sends what the panel asks for.
 ///
 /// News that come faster than the panel takes them are told once, with the newest content.
+///
+/// A host may forget its subscribers when the log-in is lost: at each log-in all is followed anew, and what the
+/// panel has asked for is asked once more.
 ///
 /// Ownership: a plain child object; the provider is the host's and may keep the observer behind it, which is
 ///   deaf then. Threading: application thread; the host's threads only leave news.
@@ -57,6 +63,7 @@ private:
     class Observer;
 
     void TakeNews();
+    void Resume();
     void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
 
     WakeUp m_reader;                       // called when there is news
@@ -64,6 +71,10 @@ private:
     TableFormInfo m_form;
     ZiJinInfo m_funds;
     RzrqZiJinInfo m_marginFunds;
+    std::set<std::string> m_tables;                         // followed
+    std::set<std::string> m_maps;                           // followed
+    std::map<std::string, std::pair<Query, bool>> m_asked;  // by table: how, and of the margin account
+    std::set<bool> m_fundsAsked;                            // true: of the margin account
 };
 
 }  // namespace panelry

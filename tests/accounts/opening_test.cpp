@@ -115,6 +115,10 @@ private Q_SLOTS:
                     matched += fits ? 1 : 0;
                     const bool star = ticket::MatchesMaskList(row.starMask, security.code);
                     QCOMPARE(star, row.market == "16" && security.kind == SecurityKind::Star);
+                    // A subscription may go by a code of its board.
+                    const bool chiNext = ticket::MatchesMaskList(row.chiNextMask, security.code);
+                    QVERIFY(security.kind == SecurityKind::Subscription ||
+                            chiNext == (row.market == "32" && security.kind == SecurityKind::ChiNext));
                 }
             }
         }

@@ -302,6 +302,14 @@ private Q_SLOTS:
         }
     }
 
+    void BuyableHasAnEndWhereTheListingHasNone()
+    {
+        auto listing = std::make_shared<Listing>(*MadeListing());
+        listing->securities[kFund].maximum = 1'000'000'000;
+        const Brokerage broker(listing, MadeOpening(), {});
+        QCOMPARE(broker.Buyable(AccountKind::Normal, kFund, 1, Funding::Own), Quantity{99'990'000});
+    }
+
     void OrdersAreFoundByTheirNumberOnTheExchange()
     {
         Brokerage broker(MadeListing(), MadeOpening(), {});

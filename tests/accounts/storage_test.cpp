@@ -157,6 +157,31 @@ private Q_SLOTS:
         QCOMPARE(file.readAll(), before);
     }
 
+    // What can't be is told as a fault of the file, whoever made it.
+    void ADamagedFileIsRefused_data()
+    {
+        const Rows<const char*> row("sql");
+        row("a holding of nothing known", "UPDATE holdings SET security = 999 WHERE total = 500");
+        row("an order of nothing known", "UPDATE orders SET security = 999");
+        row("a deal of nothing known", "UPDATE deals SET security = 999");
+        row("a fourth account", "UPDATE accounts SET account = 3 WHERE account = 2");
+        row("a holding of a fourth account", "UPDATE holdings SET account = -1 WHERE total = 500");
+        row("an order in no state", "UPDATE orders SET state = 6 WHERE number = 1");
+        row("an order missing among the day's", "DELETE FROM orders WHERE number = 2");
+    }
+    void ADamagedFileIsRefused()
+    {
+        QFETCH(QString, sql);
+        const std::string file = Traded();
+        Database(file).Run(sql.toUtf8().constData());
+        try {
+            const Brokerage broker(MadeListing(), MadeOpening(), {file});
+            QFAIL("taken");
+        } catch (const std::runtime_error& error) {
+            QVERIFY2(std::string(error.what()).find(file + ": is damaged") == 0, error.what());
+        }
+    }
+
     void ASecondDeskIsTurnedAway()
     {
         const std::string file = Path("accounts.db");

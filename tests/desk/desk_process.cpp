@@ -25,6 +25,7 @@ DeskProcess::DeskProcess()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("XDG_STATE_HOME"), memory.path());
     process.setProcessEnvironment(environment);
 }
 
@@ -48,6 +49,23 @@ bool DeskProcess::WaitFor(const char* key, const QString& value)
         TakeLines();
         for (; seen < lines.size(); ++seen) {
             if (lines[seen].value(QLatin1String(key)).toString() == value) {
+                return true;
+            }
+        }
+        if (!process.waitForReadyRead(static_cast<int>(deadline.remainingTime())) && !process.canReadLine()) {
+            return false;
+        }
+    }
+    return false;
+}
+
+bool DeskProcess::SaysNext(const QByteArray& part)
+{
+    const QDeadlineTimer deadline(kPatienceMs);
+    while (!deadline.hasExpired()) {
+        TakeLines();
+        while (m_heard < texts.size()) {
+            if (texts[m_heard++].contains(part)) {
                 return true;
             }
         }
@@ -90,6 +108,7 @@ void DeskProcess::TakeLines()
         const QJsonDocument document = QJsonDocument::fromJson(text);
         if (document.isObject()) {
             lines.append(document.object());
+            texts.append(text);
         } else {
             brokenLines.append(QString::fromUtf8(text));
         }

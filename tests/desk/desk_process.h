@@ -25,6 +25,11 @@ public:
     /// by without it.
     bool WaitFor(const char* key, const QString& value);
 
+    /// Reads on until a line holds `part`; lines that a call has passed are past for the next one.
+    bool SaysNext(const QByteArray& part);
+    /// The line that SaysNext() has just found.
+    const QByteArray& Heard() const { return texts[m_heard - 1]; }
+
     void Type(const char* text) { process.write(text); }
 
     /// Reads to the end of the program and returns its exit status, -1 if it was killed or doesn't end.
@@ -44,12 +49,16 @@ public:
     };
 
     Program process;
+    QTemporaryDir memory;  ///< where it remembers
     QList<QJsonObject> lines;
+    QList<QByteArray> texts;  ///< of the same, as they were written
     QStringList brokenLines;  ///< output that is no JSON object
     QString errors;           ///< standard error, after Finish(), if it has a channel of its own
 
 private:
     void TakeLines();
+
+    int m_heard = 0;  // lines that SaysNext has passed
 };
 
 /// A pipe; what is read from it doesn't wait.

@@ -40,10 +40,12 @@ private Q_SLOTS:
         DeskProcess desk;
         desk.Start({script});
         QCOMPARE(desk.Finish(), 1);
-        QCOMPARE(desk.Story(), Texts({"start", "callback:Init", "sent:{\"b\":1,\"a\":\"x\"}",
+        QCOMPARE(desk.Story(), Texts({"complaint:not JSON at byte 24: syntax error while parsing value - "
+                                      "unexpected '}'; expected '[', '{', or a literal",
+                                      "start", "callback:Init", "sent:{\"b\":1,\"a\":\"x\"}",
                                       "callback:7 -1 {\"b\":1,\"a\":\"x\"}", "sent:later",
                                       "callback:1 2 later", "stop:quit", "callback:Uninit", "end"}));
-        QVERIFY(desk.lines[4][QStringLiteral("at")].toInt() >= 40);
+        QVERIFY(desk.lines[5][QStringLiteral("at")].toInt() >= 40);
         QVERIFY2(desk.errors.startsWith(script + QStringLiteral(":2: not JSON at byte 24: ")),
                  qPrintable(desk.errors));
     }
@@ -101,11 +103,12 @@ private Q_SLOTS:
         desk.Type("7\nquit\nhide 7\n");  // a line may come in pieces
         QCOMPARE(desk.Finish(), 0);
         QCOMPARE(desk.Story(),
-                 Texts({"start", "callback:Init", "played", "sent:first", "callback:1 7 first", "note:second",
-                        "sent:{\"operate\":\"show\"}", "callback:0 7 {\"operate\":\"show\"}", "stop:quit",
-                        "callback:Uninit", "end"}));
+                 Texts({"start", "callback:Init", "played",
+                        "complaint:unknown command \"note\"; \"help\" lists them", "help", "sent:first",
+                        "callback:1 7 first", "note:second", "sent:{\"operate\":\"show\"}",
+                        "callback:0 7 {\"operate\":\"show\"}", "stop:quit", "callback:Uninit", "end"}));
         // "at" counts from the typing, which came after "played".
-        QVERIFY(desk.lines[5].value(QStringLiteral("at")).toInt() >=
+        QVERIFY(desk.lines[7].value(QStringLiteral("at")).toInt() >=
                 desk.lines[2].value(QStringLiteral("at")).toInt() + 50);
         QVERIFY2(desk.errors.startsWith(Text("stdin:2: unknown command \"note\"")), qPrintable(desk.errors));
         QVERIFY(desk.errors.contains(Text("destroyui")));  // the list
@@ -191,21 +194,38 @@ private Q_SLOTS:
         QCOMPARE(desk.Finish(), 0);
     }
 
-    void withoutArgumentsTheDemoBesideTheProgramIsPlayed()
+    void withoutArgumentsTheWorkspaceBesideTheProgramIsOpened();  // out of the class, too
+
+    void onTheMarket_data();  // out of the class: moc doesn't get past its texts
+    void onTheMarket()
     {
-        const QTemporaryDir directory;
-        const QString program = directory.filePath(QStringLiteral("desk copy"));
-        QVERIFY(QFile::copy(QStringLiteral(DESK_PROGRAM), program));
-        QVERIFY(
-            QFile::copy(QStringLiteral(FAKE_PANELRY), directory.filePath(QStringLiteral("libpanelry.so"))));
-        WriteFile(directory, QStringLiteral("demo.jsonl"), "{\"note\":\"the demo\"}");
-        const QString link = directory.filePath(QStringLiteral("link"));
-        QVERIFY(QFile::link(program, link) && QFile::rename(link, link + QStringLiteral(" elsewhere")));
+        QFETCH(QByteArray, typed);
+        QFETCH(QByteArrayList, told);
         DeskProcess desk;
-        desk.Start({}, {}, link + QStringLiteral(" elsewhere"));
+        desk.Start({Text(kTyped), Text("--memory"), Text("--speed"), Text("0"), Text("--rate"), Text("0"),
+                    Text("--start"), Text("10:00"), Text("--requests")});
+        desk.Type(typed + "\n");
+        for (const QByteArray& part : qAsConst(told)) {
+            QVERIFY2(desk.SaysNext(part), part + " isn't in\n" + desk.texts.join());
+        }
+        desk.Type("quit\n");
+        QCOMPARE(desk.Finish(), 0);  // what is typed wrong is no fault of the program
+    }
+
+    void whatIsKeptIsThereAgain();  // out of the class, too
+
+    void itEndsByItself()
+    {
+        DeskProcess desk;
+        const QTemporaryDir directory;
+        desk.Start({WriteFile(directory, QStringLiteral("w.json"), "{}"), Text("--for"), Text("0.2"),
+                    Text("--memory"), Text("--tape"), directory.filePath(QStringLiteral("tape"))});
         QCOMPARE(desk.Finish(), 0);
-        QVERIFY(desk.Story().contains(Text("note:the demo")));
-        QVERIFY(desk.Story().contains(Text("callback:Uninit")));
+        QFile tape(directory.filePath(QStringLiteral("tape")));
+        QVERIFY(tape.open(QIODevice::ReadOnly) &&
+                tape.readAll().contains("1 09:15:00.000 phase opening auction\n"));
+        QVERIFY(desk.Story().contains(Text("stop:time is over")));
+        QVERIFY(desk.lines.last()[QStringLiteral("at")].toInt() >= 200);
     }
 
     void whatKeepsItFromStarting_data()
@@ -219,6 +239,17 @@ private Q_SLOTS:
             "can't read the script /nowhere/day.jsonl");
         row("no such library", typed, Text("/nowhere/libpanelry.so"), true, "/nowhere/libpanelry.so");
         row("another library", typed, QStringLiteral(FAKE_MODULE), true, ": Init is missing");
+        row("two forms", typed + Texts({"--json", "--text"}), fake, true, "--json excludes --text");
+        row("unknown fault", typed + Texts({"--fault", "rain"}), fake, true,
+            "unknown fault \"rain\"; there are late,");
+        row("unknown scenario", typed + Texts({"--scenario", "rain"}), fake, true, "unknown scenario");
+        row("no time of day", typed + Texts({"--start", "25:00"}), fake, true, "is no time of day");
+        row("no speed", typed + Texts({"--speed", "fast"}), fake, true, "is no number from 0 to 100000");
+        row("no market", typed + Texts({"--market", "/nowhere/s.json"}), fake, true,
+            "/nowhere/s.json: can't be read");
+        row("no workspace", {Text("/nowhere/w.json")}, fake, true,
+            "can't read the workspace /nowhere/w.json");
+        row("kept where nothing can be", typed + Texts({"--state", "/proc/kept"}), fake, true, "/proc/kept");
         row("no display", typed, fake, false, "no display");
     }
 
@@ -242,6 +273,93 @@ private Q_SLOTS:
         QCOMPARE(desk.lines.size(), 0);
     }
 };
+
+void DeskRunTest::onTheMarket_data()
+{
+    const Rows<QByteArray, QByteArrayList> row("typed told");
+    row("an order, dealt in parts",
+        "order buy 600000 10.02 1000\nfill 10000001 400 2\nfill 10000001\nholdings normal",
+        {R"("event":"order","what":"accepted","contract":"10000001","account":"normal")",
+         R"("side":"buy","price":"10.02","quantity":200)", R"("dealt":200)", R"("quantity":200)",
+         R"("dealt":400)", R"("quantity":600)", R"("what":"dealt")", R"("event":"holdings")"});
+    row("an order taken back", "order sell 510300 4.000 1000\ncancel 10000001\norders normal",
+        {R"("what":"accepted")", R"("what":"cancelled")",
+         R"("event":"orders","orders":[{"contract":"10000001")"});
+    row("the broker refuses", "order buy 600519 1700 100000", {R"("state":"废单","reason":"可用资金不足")"});
+    row("other accounts", "order buy 600000 10 100 borrowed\norder buy 00700 380 100 connect\nfunds margin",
+        {R"("account":"margin","code":"600000")", R"("account":"connect","code":"00700")",
+         R"("event":"funds","funds":[{"account":"margin")"});
+    row("a code on two markets", "quote 000001\nquote 000001@16\nquote 000001@17",
+        {R"("code":"000001","market":33)", R"("code":"000001","market":16)",
+         R"("where":"stdin:3","reason":"the market has no 000001@17")"});
+    row("the clock", "phase\nclock +60\nclock 11:00\nclock 2.5",
+        {R"("event":"phase","day":1,"time":"10:00:00","phase":"continuous")", R"("time":"10:01:00")",
+         R"("time":"11:00:00")", R"("speed":2.5)"});
+    row("phases", "phase closing-auction\nphase opening-auction\nclock",
+        {R"("phase":"break")", R"("phase":"closing auction")", R"("event":"day","day":2)",
+         R"("day":2,"time":"09:15:00","phase":"opening auction")"});
+    row("a scenario", "scenario suspend 000001@33\nquote 000001@33\nscenario",
+        {R"("event":"scenario","scenario":"suspend","arguments":["000001@33"])", R"("suspended":true)",
+         R"("name":"thousand-fills")"});
+    row("a scenario in vain", "scenario limit-up 999999",
+        {R"("event":"complaint","where":"stdin:1","reason":")"});
+    row("faults", "fault late 7\nfault\nfault late off",
+        {R"("event":"fault","fault":"late","on":true,"number":7)", R"({"name":"late","on":true,"number":7)",
+         R"("event":"fault","fault":"late","on":false})"});
+    row("what isn't there", "cancel 1\nfill 1\norder buy 1 1 1",
+        {"there is no order 1", "there is no order 1", "the market has no 1"});
+}
+
+void DeskRunTest::withoutArgumentsTheWorkspaceBesideTheProgramIsOpened()
+{
+    const QTemporaryDir directory;
+    const QString program = directory.filePath(QStringLiteral("desk copy"));
+    QVERIFY(QFile::copy(QStringLiteral(DESK_PROGRAM), program));
+    QVERIFY(QFile::copy(QStringLiteral(FAKE_PANELRY), directory.filePath(QStringLiteral("libpanelry.so"))));
+    QVERIFY(QFile::copy(QStringLiteral(SECURITIES), directory.filePath(QStringLiteral("securities.json"))));
+    QVERIFY(QFile::copy(QStringLiteral(ACCOUNTS), directory.filePath(QStringLiteral("accounts.json"))));
+    WriteFile(directory, QStringLiteral("day.jsonl"),
+              "{\"desk\":\"phase\"}\n{\"at\":1,\"desk\":\"cancel 9\"}");
+    WriteFile(directory, QStringLiteral("workspace.json"),
+              R"({"title":"mine","panels":[{"id":7,"title":"a"},{"id":8,"open":false}],"script":"day.jsonl",
+                  "market":{"speed":0,"start":"10:00:00"},
+                  "feeds":[{"panel":7,"codes":["510300","000001@16"],"every":50}]})");
+    const QString link = directory.filePath(QStringLiteral("link"));
+    QVERIFY(QFile::link(program, link) && QFile::rename(link, link + QStringLiteral(" elsewhere")));
+    DeskProcess desk;
+    desk.Start({}, {}, link + QStringLiteral(" elsewhere"));
+    desk.process.closeWriteChannel();  // a workspace stays
+    QVERIFY(desk.WaitFor("reason", Text("there is no order 9")));
+    QVERIFY(desk.WaitFor("event", Text("played")));
+    QVERIFY(desk.SaysNext(R"("panels":[7,8])"));
+    QVERIFY(desk.SaysNext(R"("text":"Init with providers")"));
+    QVERIFY(desk.SaysNext(R"("event":"sent","type":0,"id":7,)"));
+    for (int i = 0; i < 2; ++i) {  // again and again
+        QVERIFY(desk.SaysNext(R"("text":"0 7 {\"operate\":\"notify\",\"cmd\":\"114\",)"
+                              R"(\"bussiness\":\"{\\\"quotes\\\":[{\\\"code\\\":\\\"510300\\\")"));
+    }
+    QVERIFY(QFile::exists(desk.memory.filePath(QStringLiteral("panelry/desk.sqlite"))));
+    kill(static_cast<pid_t>(desk.process.processId()), SIGTERM);
+    QCOMPARE(desk.Finish(), 1);  // a line of the script couldn't be done
+}
+
+void DeskRunTest::whatIsKeptIsThereAgain()
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("deep/kept.sqlite"));
+    const QStringList arguments{Text(kTyped), Text("--state"), file, Text("--speed"), Text("0")};
+    const auto holds = [](const QStringList& options, const char* typed, const char* part) {
+        DeskProcess desk;
+        desk.Start(options);
+        desk.Type(typed);
+        const bool said = desk.SaysNext(part);
+        desk.Type("quit\n");
+        return desk.Finish() == 0 && said;
+    };
+    QVERIFY(holds(arguments, "order buy 510300 3.600 700\n", R"("what":"accepted")"));
+    QVERIFY(holds(arguments, "orders\n", R"("price":"3.600","quantity":700,)"));
+    QVERIFY(holds(arguments + Texts({"--fresh"}), "orders\n", R"("orders":[])"));
+}
 
 PANELRY_TEST(DeskRunTest)
 #include "desk_run_test.moc"

@@ -3,11 +3,15 @@
 #include <QFile>
 #include <sstream>
 
+#include "desk/commands.h"
+#include "desk/completion.h"
 #include "desk/display.h"
 #include "desk/scheduler.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using namespace panelry::desk;
+using panelry::test::Rows;
 
 namespace
 {
@@ -27,7 +31,56 @@ struct Describe {
     }
     std::string operator()(const Note& note) const { return "note " + note.text; }
     std::string operator()(const Quit&) const { return "quit"; }
-    std::string operator()(const Help&) const { return "help"; }
+    std::string operator()(const Help& help) const { return "help " + help.command; }
+    std::string operator()(const MarketAct& act) const { return std::visit(*this, act.command) + At(act); }
+    std::string operator()(const PlaceOrder& order) const
+    {
+        return std::string(order.side == Side::Buy ? "buy " : "sell ") + Code(order.security) + ' ' +
+               std::to_string(order.price) + ' ' + std::to_string(order.quantity) + " account " +
+               Number(order.account) + " funding " + Number(order.funding);
+    }
+    std::string operator()(const CancelOrder& cancel) const { return "cancel " + cancel.contract; }
+    std::string operator()(const ListAccounts& list) const
+    {
+        return "list " + Number(list.what) + (list.account ? " account " + Number(*list.account) : "");
+    }
+    std::string operator()(const ShowQuote& quote) const { return "quote " + Code(quote.security); }
+    std::string operator()(const FillOrder& fill) const
+    {
+        return "fill " + fill.contract + ' ' + std::to_string(fill.quantity.value_or(-1)) + " in " +
+               std::to_string(fill.parts);
+    }
+    std::string operator()(const ShowPhase&) const { return "phase?"; }
+    std::string operator()(const MoveToPhase& move) const { return "phase " + PhaseName(move.phase); }
+    std::string operator()(const ShowClock&) const { return "clock?"; }
+    std::string operator()(const SetSpeed& speed) const { return "speed " + std::to_string(speed.speed); }
+    std::string operator()(const StepClock& step) const { return "step " + std::to_string(step.by.count()); }
+    std::string operator()(const MoveClock& move) const { return "to " + ClockText(move.ofDay); }
+    std::string operator()(const RunScenario& scenario) const
+    {
+        std::string text = "scenario";
+        for (const std::string& word : scenario.words) {
+            text += ' ' + word;
+        }
+        return text;
+    }
+    std::string operator()(const SwitchFault& fault) const
+    {
+        return "fault " + fault.name + (fault.on ? " on " : " off ") +
+               std::to_string(fault.number.value_or(-1));
+    }
+
+private:
+    static std::string At(const MarketAct& act) { return act.where.empty() ? "" : " at " + act.where; }
+    static std::string Code(const CodeName& name)
+    {
+        return name.code + (name.market ? '@' + std::to_string(*name.market) : "");
+    }
+    template <class Enumerator>
+    static std::string Number(Enumerator enumerator)
+    {
+        return std::to_string(static_cast<int>(enumerator));
+    }
 };
 
 std::string DescribeLine(const ParsedLine& parsed)
@@ -68,19 +121,57 @@ private Q_SLOTS:
             "{\"type\":1,\"id\":1,\"text\":" +
             deep +
             "}\n{\"at\":900}\n{\"at\":1e999,\"note\":\"never\"}\n"
-            "{\"at\":100,\"note\":\"c\"}\r\n{\"note\":\"d\"}");
+            "{\"at\":100,\"note\":\"c\"}\r\n{\"note\":\"d\"}\n{\"desk\":\"cancel 7\"}");
         const Script script = ReadScript(input, "day.jsonl");
         QStringList acts;
         for (const TimedAct& act : script.acts) {
             acts << QString::fromStdString(std::to_string(act.at.count()) + ' ' +
                                            std::visit(Describe{}, act.act));
         }
-        QCOMPARE(acts.join(QLatin1Char(',')), QStringLiteral("0 note a,300 note b,100 note c,100 note d"));
+        QCOMPARE(acts.join(QLatin1Char(',')),
+                 QStringLiteral("0 note a,300 note b,100 note c,100 note d,100 cancel 7 at day.jsonl:11"));
         QCOMPARE(script.complaints.size(), 4U);
-        QVERIFY(script.complaints[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
-        QCOMPARE(script.complaints[1], std::string("day.jsonl:6: nested more than 512 deep"));
-        QCOMPARE(script.complaints[2], std::string("day.jsonl:7: \"type\" is missing"));
-        QCOMPARE(script.complaints[3], std::string("day.jsonl:8: number overflow parsing '1e999'"));
+        std::vector<std::string> told;
+        for (const Complaint& complaint : script.complaints) {
+            told.push_back(complaint.where + ": " + complaint.reason);
+        }
+        QVERIFY(told[0].starts_with("day.jsonl:3: not JSON at byte 9: "));
+        QCOMPARE(told[1], std::string("day.jsonl:6: nested more than 512 deep"));
+        QCOMPARE(told[2], std::string("day.jsonl:7: \"type\" is missing"));
+        QCOMPARE(told[3], std::string("day.jsonl:8: number overflow parsing '1e999'"));
+    }
+
+    void whatAWordCanBecome_data()
+    {
+        const Rows<const char*, const char*> row("line completions");
+        row("a command", "or", "order orders");
+        row("no command", "x", "");
+        row("behind blanks", "  fau", "fault");
+        row("a panel", "open ", "41001 41005");
+        row("a panel begun", "hide 41005", "41005");
+        row("a side", "order s", "sell");
+        row("a code", "order buy 6", "600000 600519");
+        row("a code on two markets", "quote 000001@", "000001@16 000001@33");
+        row("a free word", "order buy 600000 1", "");
+        row("an account", "order buy 600000 10 100 m", "margin");
+        row("a phase", "phase c", "closed continuous closing-auction");
+        row("a scenario", "scenario limit", "limit-up limit-down");
+        row("its code", "scenario limit-up 6005", "600519");
+        row("a fault", "fault l", "late lost");
+        row("its switch", "fault late o", "on off");
+        row("beyond the arguments", "phase closed c", "");
+        row("of no command", "opne 4", "");
+    }
+    void whatAWordCanBecome()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, completions);
+        const Vocabulary vocabulary{{"41001", "41005"}, {"600000", "600519", "000001@16", "000001@33"}};
+        QStringList found;
+        for (const std::string& word : Completions(line.toStdString(), vocabulary)) {
+            found << QString::fromStdString(word);
+        }
+        QCOMPARE(found.join(QLatin1Char(' ')), completions);
     }
 
     void actsOfOneTimeKeepTheirOrder()
@@ -187,6 +278,7 @@ void ScriptTest::aLine_data()
     typed("push 7 {\"a\": 1}", "1 7 {\"a\": 1}");
     typed("destroyui", "0 -1 destroyui");
     typed("quit", "quit");
+    typed("help", "help ");
     typed("quit now", "error: \"now\" is too much");
     typed("show", "error: ID is missing");
     typed("notify 7 9001x", "error: CMD must be a 32-bit number, not \"9001x\"");
@@ -194,6 +286,60 @@ void ScriptTest::aLine_data()
     typed("notify 7 1000000 x", refused(1'000'000).c_str());
     typed("notify 7 500 x", R"(0 7 {"operate":"notify","cmd":"500","bussiness":"x","need_create_new":"0"})");
     typed("notify 7 1 \xFF", "error: invalid UTF-8 byte at index 0: 0xFF");
+    script(R"({"at":7,"desk":"help order"})", "@7 help order");
+    script(R"({"desk":"order buy"})", "error: CODE is missing");
+    script(R"({"desk":["quit"]})", "error: \"desk\" must be a string");
+    script(R"({"desk":"notify 7 102 x"})", refused(102).c_str());
+
+    typed("order buy 600000 10.05 1000", "buy 600000 10050 1000 account 0 funding 0");
+    typed("order sell 000001@33 9 100 margin payback", "sell 000001@33 9000 100 account 1 funding 2");
+    typed("order buy 1 0.001 5 borrowed", "buy 1 1 5 account 1 funding 1");
+    typed("order buy 00700 380 100 connect", "buy 00700 380000 100 account 2 funding 0");
+    typed("order buy 00700 380 100 borrowed connect", "error: only the margin account borrows and pays back");
+    typed("order hold 1 1 1", "error: must be buy or sell, not \"hold\"");
+    for (const char* const price : {"0", "-1", "1,5", "1.2345", "1e3"}) {
+        typed((std::string("order buy 1 ") + price + " 100").c_str(),
+              (std::string("error: PRICE must be a decimal number above 0, not \"") + price + '"').c_str());
+    }
+    typed("order buy 1 1 0", "error: QUANTITY must be a whole number above 0, not \"0\"");
+    typed("order buy 1 1", "error: QUANTITY is missing");
+    typed("order buy 1 1 1 credit",
+          "error: \"credit\" is none of normal, margin, connect, borrowed, payback");
+    typed("quote 1@256", "error: \"1@256\" is no CODE or CODE@MARKET");
+    typed("quote @33", "error: \"@33\" is no CODE or CODE@MARKET");
+    typed("orders", "list 0");
+    typed("funds connect", "list 3 account 2");
+    typed("deals all", "error: ACCOUNT must be normal, margin or connect, not \"all\"");
+    typed("fill 7", "fill 7 -1 in 1");
+    typed("fill 7 500 500", "fill 7 500 in 500");
+    typed("fill 7 500 501", "error: PARTS must not be more than QUANTITY");
+    typed("phase", "phase?");
+    typed("phase closing-auction", "phase closing auction");
+    typed("clock", "clock?");
+    typed("clock 0.5", "speed 0.500000");
+    typed("clock +1.5", "step 1500");
+    typed("clock 09:30", "to 09:30:00");
+    typed("clock 23:59:59", "to 23:59:59");
+    for (const char* const word : {"24:00", "9:30", "+86401", "-1", "1e3", "100001", "09:60"}) {
+        typed((std::string("clock ") + word).c_str(),
+              (std::string(
+                   "error: must be a speed (2), a step of up to a day (+90) or a time (14:56:30), not \"") +
+               word + '"')
+                  .c_str());
+    }
+    typed("scenario limit-up 600000", "scenario limit-up 600000");
+    typed("scenario rain", "error: unknown scenario \"rain\"; \"scenario\" lists them");
+    typed("fault late", "fault late on -1");
+    typed("fault late 500", "fault late on 500");
+    typed("fault late off", "fault late off -1");
+    typed("fault late -5", "error: must be on, off or a whole number, not \"-5\"");
+    typed(
+        R"(probe {"request": "tree"})",
+        R"(0 41009 {"operate":"notify","cmd":"9100","bussiness":"{\"request\":\"tree\"}","need_create_new":"1"})");
+    typed("probe tree",
+          "error: not JSON at byte 3: syntax error while parsing value - invalid literal; last "
+          "read: 'tre'");
+    typed("help nothing", "error: there is no command \"nothing\"");
     typed("opne 7", "error: unknown command \"opne\"; \"help\" lists them");
 }
 

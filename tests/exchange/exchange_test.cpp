@@ -120,6 +120,8 @@ void ExchangeTest::Tells_data()
         "09:31; sell 10.50 200; sell 11.00 100; buy 9.90 100; up; day; cancel 3",
         "deal 1 10.50 200; deal 2 11.00 100; 10.50 11.00 10.50 11.00 300 3200.00; gone 3");
     row("up: who sells at the limit is dealt at once", "09:31; up; sell 11.00 5000", "deal 1 11.00 5000");
+    row("up: who buys at the limit stands behind the crowd, and has his turn",
+        "09:31; rate 200; up; buy 11.00 100; 09:32; 10:30", "deal 1 11.00 100");
     row("down: before the open, from the auction on",
         "08:00; down; 09:16; buy 9.50 100; 09:25; day; 09:31; buy 9.00 300",
         "deal 1 9.00 100; 9.00 9.00 9.00 9.00 100 900.00; deal 2 9.00 300");
@@ -134,6 +136,9 @@ void ExchangeTest::Tells_data()
     row("suspended through the auction: one price when it is over",
         "09:16; buy 10.20 100; sell 9.90 100; suspend; 09:31; book; resume; book",
         "|; deal 1 10.00 100; deal 2 10.00 100; |");
+    row("resumed in the break: one price when trade begins",
+        "09:16; buy 10.20 100; sell 9.90 100; suspend; 11:31; resume; book; 13:00; book",
+        "10.00x100 | 10.00x100; deal 1 10.00 100; deal 2 10.00 100; |");
     row("suspended while an order waits: it isn't dealt at one o'clock",
         "11:00; sell 10.00 100; 11:31; buy 10.00 100; suspend; 13:01; resume; 15:00",
         "deal 2 10.00 100; deal 1 10.00 100");

@@ -76,9 +76,9 @@ public:
         Expect(quote.changes == m_before[security].changes + 1, "a change was not counted", listed);
         const bool isNewDay = quote.volume < m_before[security].volume;
         Expect(!isNewDay || m_exchange.CurrentPhase() == Phase::Closed, "the volume fell", listed);
-        const bool isAuction = m_exchange.CurrentPhase() == Phase::OpeningAuction ||
-                               m_exchange.CurrentPhase() == Phase::ClosingAuction;
-        Expect(isAuction || quote.bids[0].price == 0 || quote.asks[0].price == 0 ||
+        // Elsewhere what meets shows its one price on both sides.
+        const bool isTrade = m_exchange.CurrentPhase() == Phase::Continuous;
+        Expect(!isTrade || quote.bids[0].price == 0 || quote.asks[0].price == 0 ||
                    quote.bids[0].price < quote.asks[0].price,
                "the book is crossed", listed);
         for (int level = 0; level < 5; ++level) {

@@ -29,9 +29,17 @@ namespace
 class PublishingAccount : public FakeAccount
 {
 public:
+    int Attach(int, std::shared_ptr<TradeObserver> client) override
+    {
+        m_clients.push_back(std::move(client));
+        return 0;
+    }
     int SubscribeKey(const std::string& name, bool on, std::shared_ptr<TradeObserver> subscriber) override
     {
         const std::lock_guard guard(m_followLock);
+        if (on && !m_loggedIn) {
+            return -1;
+        }
         if (on) {
             m_followers[name].push_back(std::move(subscriber));
         } else {
@@ -72,6 +80,23 @@ public:
             Tell(name, [&](TradeObserver& follower) { follower.OnTableChanged(name, table); });
         }).join();
     }
+    // Any but 0 is a loss: nobody follows anything any more.
+    void SetLogin(int state)
+    {
+        {
+            const std::lock_guard guard(m_followLock);
+            m_loggedIn = state == 0;
+            if (!m_loggedIn) {
+                m_followers.clear();
+            }
+        }
+        std::thread([&] {
+            for (const auto& client : m_clients) {
+                client->OnLoginState(state);
+            }
+        }).join();
+        QCoreApplication::processEvents();
+    }
     std::size_t Followers()
     {
         const std::lock_guard guard(m_followLock);
@@ -95,7 +120,9 @@ private:
         }
     }
 
-    std::mutex m_followLock;
+    std::vector<std::shared_ptr<TradeObserver>> m_clients;
+    std::mutex m_followLock;  // guards the next two
+    bool m_loggedIn = true;
     std::map<std::string, std::vector<std::shared_ptr<TradeObserver>>> m_followers;
 };
 
@@ -253,6 +280,33 @@ private Q_SLOTS:
         stage.m_module->SetProviders(nullptr, static_cast<TradeProvider*>(&stage.m_account));
         stage.Start(R"({"page":"1"})");
         QCOMPARE(stage.Shown(1), QString());
+    }
+
+    void AfterALogInAllIsFollowedAndAskedForAnew()
+    {
+        OrdersStage stage;
+        const std::size_t followed = stage.m_account.Followers();
+        stage.m_account.m_requests.clear();
+        for (const int state : {2, 1}) {
+            stage.m_account.SetLogin(state);
+            QCOMPARE(stage.m_account.Followers(), std::size_t{0});
+        }
+        stage.m_account.SetLogin(0);
+        QCOMPARE(stage.m_account.Followers(), followed);
+        QCOMPARE(Words(stage.m_account.m_requests), std::string("1539 chedan_table -"));
+        stage.Publish(std::make_shared<FakeTable>("chedan_table", kOrderColumns, FakeTable::Rows{}));
+        QCOMPARE(stage.Shown(), QString());
+        // What was opened meanwhile has never followed anything.
+        PublishingAccount account;
+        account.SetLogin(2);
+        InstanceInfo info;
+        FundsModule funds(info);
+        funds.SetProviders(nullptr, static_cast<TradeProvider*>(&account));
+        funds.Initialize(kFundsPanelId, "", "", "{}");
+        account.m_requests.clear();
+        account.SetLogin(0);
+        QCOMPARE(account.Followers(), std::size_t{5});
+        QCOMPARE(Words(account.m_requests), std::string("1537 gupiao_table -, 5 - -, 2314 - -"));
     }
 
     void DirectionsAreReadInTheHostsCodePage()

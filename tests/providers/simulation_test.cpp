@@ -210,7 +210,10 @@ private Q_SLOTS:
         {
             const FullDisk full(1);
             QCOMPARE(market.Fill(AccountKind::Normal, contract, 1000, 10), std::string());
-            QVERIFY(market.Place(Buy(market, "9.90", 1000)).refusal.find("故障") != std::string::npos);
+            for (const std::string& told : {market.Place(Buy(market, "9.90", 1000)).refusal,
+                                            market.Cancel(AccountKind::Normal, contract)}) {
+                QVERIFY2(told.find("故障") != std::string::npos, told.c_str());
+            }
             market.Midnight();
             QCOMPARE(market.Now().day, 1);  // a day isn't begun before the last is booked
             QCOMPARE(listener.troubles, 1);

@@ -59,7 +59,7 @@ struct TradedStage : Stage {
     TradedStage()
     {
         for (const StringMap& account :
-             {StringMap(), StringMap{{"rzrq", "1"}},
+             {StringMap(), StringMap{{"rzrq", "1"}, {"rzfs", "rz"}},
               StringMap{
                   {"ggt", "1"}, {"zqdm", "00700"}, {"market", "64"}, {"wtjg", "370.000"}, {"wtsl", "200"}}}) {
             contracts.push_back(Order(account)["htbh"]);
@@ -95,8 +95,9 @@ private Q_SLOTS:
         row("margin deals", "deals", margin, "rzrq_chengjiao_table", "2129", "9.90 ");
         row("Connect deals", "deals", connect, "ggt_chengjiao_table", "2129", "370.000 ");
         row("orders", "orders", {}, "weituo_table", "2128", "100 ");
-        row("margin orders", "orders", margin, "rzrq_weituo_table", "2109", "担保品买入 ");
+        row("margin orders", "orders", margin, "rzrq_weituo_table", "2109", "融资买入 ");
         row("Connect orders", "orders", connect, "ggt_weituo_table", "2946", "部成 ");
+        row("in their own currency", "orders", connect, "ggt_weituo_table", "2129", "370.000 ");
         row("open orders", "open", {}, "chedan_table", "2126", "1000 ");
         row("open margin orders", "open", margin, "rzrq_chedan_table", "32009", "17 ");
         row("open Connect orders", "open", connect, "ggt_chedan_table", "32009", "64 ");
@@ -336,11 +337,14 @@ private Q_SLOTS:
         std::string first = panelry::desk::DateText(1);
         std::erase(first, '-');
         const std::string day = first + " ";
-        for (const StringMap& account : {StringMap(), StringMap{{"rzrq", "1"}}, StringMap{{"ggt", "1"}}}) {
+        for (const auto& [account, operation] : {std::pair(StringMap(), "买入 "),
+                                                 {StringMap{{"rzrq", "1"}}, "融资买入 "},
+                                                 {StringMap{{"ggt", "1"}}, "买入 "}}) {
             StringMap range = account;
             range["qsrq"] = range["jzrq"] = first;
             QCOMPARE(deals("today", account), std::string());
             QCOMPARE(deals("past", range), day);
+            QCOMPARE(stage.client->Column("past", "2109"), std::string(operation));
             range["jzrq"] = "20991231";
             QCOMPARE(deals("past", range), day);
             range["qsrq"] = "20991230";
