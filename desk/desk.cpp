@@ -124,8 +124,8 @@ void Desk::Play()
         if (!m_stopped && NothingToCome()) {
             FinishPlaying();
         }
-        FeedPanels();
         if (!m_stopped) {
+            FeedPanels();
             Wait();
         }
     }

@@ -26,7 +26,7 @@ struct DeskSettings {
     bool stay = false;            ///< an empty schedule is never the end
     std::optional<std::chrono::milliseconds> length;  ///< the end, whatever is left
     MarketHost* market = nullptr;                     ///< whose service objects Init is given; null: none
-    std::vector<Feed> feeds;                          ///< none without a market
+    std::vector<Feed> feeds;                          ///< none without a market; of codes that it has
     Vocabulary vocabulary;                            ///< of the prompt
     std::filesystem::path history;
 };

@@ -12,9 +12,8 @@ class Announcer;
 
 /// The host's end of the callback: announces every call, and answers the question for a panel's title.
 ///
-/// Ownership: borrows the announcer. The callback carries no context, so there is at most one object at a
-/// time;
-///   it must stay until Uninit has returned.
+/// Ownership: borrows the announcer. The callback carries no context, so there is at most one object at
+///   a time; it must stay until Uninit has returned.
 /// Threading: Callback() runs on the panels' threads, SetTitles() on any.
 class HostSide
 {

@@ -1,7 +1,8 @@
 #include "desk/inspect_settings.h"
 
 #include <fstream>
-#include <nlohmann/json.hpp>
+
+#include "desk/strict_json.h"
 
 namespace fs = std::filesystem;
 
@@ -11,22 +12,7 @@ namespace panelry::desk
 namespace
 {
 
-using Json = nlohmann::json;
-
 constexpr const char* kFiles[] = {"sysconfig/config.json", "userconfig/config.json", "sysconfig/color.json"};
-
-/// "[json.exception...] parse error at line 3, column 5: ..." without the bracket.
-std::string Reason(const Json::exception& error)
-{
-    const std::string whole = error.what();
-    const std::size_t bracket = whole.find("] ");
-    return bracket == std::string::npos ? whole : whole.substr(bracket + 2);
-}
-
-std::string Quoted(const std::string& text)
-{
-    return '"' + text + '"';
-}
 
 /// What keeps `document` from being a table of sections, keys and texts; empty: nothing.
 std::vector<std::string> Complaints(const Json& document)

@@ -10,12 +10,15 @@
 #include <iostream>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "desk/commands.h"
 #include "desk/desk.h"
 #include "desk/display.h"
 #include "desk/exit_status.h"
 #include "desk/inspect.h"
+#include "desk/market_console.h"
 #include "desk/options.h"
 #include "desk/stop_signals.h"
 
@@ -111,6 +114,18 @@ void SayMarket(desk::MarketHost& host, const desk::MarketHost::Settings& setting
                              {"time", desk::ClockText(now.ofDay)}});
 }
 
+/// Against the market, of which the file alone knows nothing; throws what is wrong.
+void CheckFeeds(const std::filesystem::path& file, const std::vector<desk::Feed>& feeds,
+                const desk::MarketConsole& console)
+{
+    for (std::size_t i = 0; i < feeds.size(); ++i) {
+        if (const std::string problem = console.CheckFeed(feeds[i]); !problem.empty()) {
+            throw std::runtime_error(file.string() + ": \"feeds\", entry " + std::to_string(i + 1) + ": " +
+                                     problem);
+        }
+    }
+}
+
 /// What is played, read whole before anything starts.
 struct Program {
     explicit Program(const desk::Options& options)
@@ -183,6 +198,9 @@ int Play(const desk::Options& options)
             options,
             desk::Merged(options.market, program.workspace ? program.workspace->market : desk::MarketWish()));
         market.emplace(settings);
+        if (program.workspace) {
+            CheckFeeds(*options.workspace, program.workspace->feeds, desk::MarketConsole(*market, announcer));
+        }
         SayMarket(*market, settings, announcer);
         market->SetListener(&ear);
     }

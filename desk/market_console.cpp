@@ -213,6 +213,24 @@ std::string Marked(const Security& security)
     return security.code + '@' + std::to_string(security.market);
 }
 
+/// The market's clock stands, and all is played up to its time: a time that is still to come stays so.
+class ClockHeld
+{
+public:
+    explicit ClockHeld(Simulation& market) : m_market(market), m_speed(market.Speed())
+    {
+        m_market.SetSpeed(0);
+        m_market.Step(std::chrono::milliseconds(0));
+    }
+    ~ClockHeld() { m_market.SetSpeed(m_speed); }
+    ClockHeld(const ClockHeld&) = delete;
+    ClockHeld& operator=(const ClockHeld&) = delete;
+
+private:
+    Simulation& m_market;
+    const double m_speed;
+};
+
 bool IsTraded(const Security& security)
 {
     return security.kind != SecurityKind::Index;
@@ -295,6 +313,7 @@ std::string MarketConsole::Do(const ShowPhase& /*show*/)
 std::string MarketConsole::Do(const MoveToPhase& move)
 {
     constexpr std::chrono::milliseconds kDay = std::chrono::hours(24);
+    const ClockHeld held(m_host.Market());
     std::chrono::milliseconds at = m_host.Market().Now().ofDay;
     if (PhaseAt(at) == move.phase) {
         return Do(ShowPhase{});

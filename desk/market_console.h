@@ -23,10 +23,10 @@ public:
     /// Empty, or why not. What a broker refuses is no failure: the refused order is announced.
     std::string Perform(const MarketCommand& command);
 
-    /// The push data of a feed: all its quotes as they stand.
-    [[nodiscard]] std::string FeedText(const Feed& feed) const;
     /// Empty, or which of its codes the market doesn't have.
     [[nodiscard]] std::string CheckFeed(const Feed& feed) const;
+    /// The push data of a feed that CheckFeed() has passed: all its quotes as they stand.
+    [[nodiscard]] std::string FeedText(const Feed& feed) const;
 
 private:
     std::string Do(const PlaceOrder& order);

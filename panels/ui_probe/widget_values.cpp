@@ -183,7 +183,11 @@ QJsonObject TableDetails(const QAbstractItemView& view, const RowsWanted& wanted
     if (!view.model()) {
         return {};
     }
-    const std::vector<int> columns = ShownColumns(view, kMostColumns);
+    std::vector<int> columns = ShownColumns(view, kMostColumns + 1);
+    if (static_cast<int>(columns.size()) > kMostColumns) {
+        truncated = true;
+        columns.pop_back();
+    }
     std::vector<ShownRow> rows = ShownRows(view, wanted.first, wanted.most + 1);
     if (static_cast<int>(rows.size()) > wanted.most) {
         truncated = true;
@@ -324,10 +328,10 @@ QString ShownText(const QWidget& widget)
 {
     if (const auto* const button = As<QAbstractButton>(widget)) {
         const QString text = WithoutMnemonic(button->text());
-        return text.isEmpty() ? button->accessibleName() : text;
+        return Cut(text.isEmpty() ? button->accessibleName() : text);
     }
     if (const auto* const label = As<QLabel>(widget)) {
-        return LabelText(*label);
+        return Cut(LabelText(*label));
     }
     if (const auto* const bar = As<QProgressBar>(widget)) {
         return bar->text();
@@ -350,7 +354,7 @@ QJsonValue MainValue(const QWidget& widget)
         return group->isCheckable() ? QJsonValue(group->isChecked()) : QJsonValue::Null;
     }
     if (As<QLineEdit>(widget) || As<QPlainTextEdit>(widget) || As<QTextEdit>(widget)) {
-        return ShownText(widget);
+        return Cut(InputText(widget));
     }
     if (As<QTabBar>(widget) || As<QTabWidget>(widget) || As<QStackedWidget>(widget)) {
         return QJsonValue::fromVariant(widget.property("currentIndex"));

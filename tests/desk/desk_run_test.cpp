@@ -249,6 +249,12 @@ private Q_SLOTS:
             "/nowhere/s.json: can't be read");
         row("no workspace", {Text("/nowhere/w.json")}, fake, true,
             "can't read the workspace /nowhere/w.json");
+        row("a feed of what the market lacks",
+            {WriteFile(m_directory, QStringLiteral("feeds.json"),
+                       "{\"feeds\":[{\"panel\":7,\"codes\":[\"510300\"]},"
+                       "{\"panel\":7,\"codes\":[\"600000\",\"000001@17\"]}]}"),
+             Text("--memory")},
+            fake, true, "/feeds.json: \"feeds\", entry 2: the market has no 000001@17");
         row("kept where nothing can be", typed + Texts({"--state", "/proc/kept"}), fake, true, "/proc/kept");
         row("no display", typed, fake, false, "no display");
     }
@@ -272,6 +278,9 @@ private Q_SLOTS:
         QVERIFY2(desk.errors.contains(error), qPrintable(desk.errors));
         QCOMPARE(desk.lines.size(), 0);
     }
+
+private:
+    const QTemporaryDir m_directory;
 };
 
 void DeskRunTest::onTheMarket_data()

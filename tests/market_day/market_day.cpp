@@ -2,14 +2,15 @@
 // trades at random for the ordinary and the margin account, switches every fault on for a while, and after each of them
 // compares the tables that the library asked for with the broker's books, to the fen.
 //
-// market_day LIBRARY LISTING OPENING [SPEED]: as fast as it goes, or at SPEED times real time. Says what differs, and
-// ends with 1 then.
+// market_day LIBRARY LISTING OPENING: as fast as it goes, or, with PANELRY_SOAK set, at 60 times real time. Says what
+// differs, and ends with 1 then.
 
 #include <dlfcn.h>
 
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -39,6 +40,7 @@ namespace
 constexpr auto kPatience = 60s;  // far beyond what a slow machine takes
 constexpr auto kStep = 15s;      // of the market's clock
 constexpr int kActsInStep = 2;
+constexpr double kSoakSpeed = 60;
 constexpr auto kOpening = 9h + 14min;
 constexpr auto kTrade = 9h + 31min;
 constexpr auto kBreak = 11h + 29min;
@@ -207,8 +209,8 @@ void PlayDay(const char* library, const MarketHost::Settings& settings, double s
 
 int main(int argc, char* argv[])
 {
-    if (argc < 4) {
-        std::fputs("market_day LIBRARY LISTING OPENING [SPEED]\n", stderr);
+    if (argc != 4) {
+        std::fputs("market_day LIBRARY LISTING OPENING\n", stderr);
         return 2;
     }
     const std::filesystem::path store = std::filesystem::temp_directory_path() /
@@ -221,7 +223,7 @@ int main(int argc, char* argv[])
         settings.store = store;
         settings.speed = 0;
         settings.startOfDay = kOpening;
-        PlayDay(argv[1], settings, argc > 4 ? std::stod(argv[4]) : 0);
+        PlayDay(argv[1], settings, std::getenv("PANELRY_SOAK") ? kSoakSpeed : 0);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "market_day: %s\n", error.what());
         status = 1;

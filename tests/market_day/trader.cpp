@@ -108,9 +108,8 @@ void Trader::CancelOne(bool atCounter)
     }
 }
 
-bool Trader::OrderAndCancel()
+void Trader::OrderAndCancel()
 {
-    bool done = true;
     for (const AccountKind account : {AccountKind::Normal, AccountKind::Margin}) {
         OrderWish wish;
         wish.account = account;
@@ -124,12 +123,10 @@ bool Trader::OrderAndCancel()
         wish.quantity = lot;
         const std::string contract =
             m_client->Order(wish, m_host.Market().Securities().securities[wish.security]);
-        done = done && !contract.empty();
         if (!contract.empty()) {
             m_client->Cancel(contract, account == AccountKind::Margin);
         }
     }
-    return done;
 }
 
 }  // namespace panelry::test

@@ -24,8 +24,7 @@ public:
     /// An order or a cancel.
     void Act();
     /// An order far below the market and its cancel, for both accounts: after these the library asks for everything.
-    /// False where one of them got nowhere.
-    bool OrderAndCancel();
+    void OrderAndCancel();
 
     [[nodiscard]] int OrdersTaken() const { return m_taken; }
     Client& AsClient() { return *m_client; }

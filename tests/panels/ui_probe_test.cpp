@@ -428,6 +428,7 @@ private Q_SLOTS:
         row("a number out of range", "spin", "1000", "!has taken \"900\"");
         row("a broken number", "spin", "450.5", "!of the type int");
         row("a text", "line", "'600519'", "'600519'");
+        row("emptied, under a name for screen readers", "line", "''", "''");
         row("a text too long", "line", "'600519.SH'", "!has taken");
         row("nothing to set", "label", "'x'", "!no value to set");
         row("disabled", "sell", "true", "!is disabled");
@@ -439,6 +440,7 @@ private Q_SLOTS:
         QFETCH(const QString, outcome);
         Stage stage;
         stage.sell->setEnabled(false);
+        stage.line->setAccessibleName(QStringLiteral("代码"));
         Asker ask;
         const QString request =
             QStringLiteral("'request':'set','selector':'#%1','value':%2").arg(name, value);
