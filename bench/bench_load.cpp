@@ -1,12 +1,14 @@
 // Something to run beside a benchmark, until standard input ends:
 //
-//   bench_load desk LISTING OPENING   the desk's market with all its securities subscribed, 20,000 changes a second
+//   bench_load desk LISTING OPENING   the desk's market with 20,000 changes a second and two subscribers of all its
+//                                     securities; changes that come together are pushed as one
 //   bench_load loop SHARE             two threads that keep SHARE of a processor busy together and do nothing
 //
 // Says at the end which share of a processor it has used, and the desk how many quotes it has pushed a second.
 
 #include <sys/resource.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -65,13 +67,16 @@ void RunDesk(const char* listing, const char* opening)
     settings.changesPerSecond = kChangesPerSecond;
     settings.startOfDay = std::chrono::hours(9) + std::chrono::minutes(31);
     panelry::desk::MarketHost host(settings);
-    const auto subscriber = std::make_shared<CountingSubscriber>();
-    subscriber->SetProvider(host.Quotes());
+    const std::array subscribers{std::make_shared<CountingSubscriber>(),
+                                 std::make_shared<CountingSubscriber>()};
     std::vector<MarketCode> all;
     for (const panelry::desk::Security& security : host.Market().Securities().securities) {
         all.push_back({security.market, security.code});
     }
-    Check(subscriber->SubscribeCodes(all, true) == 0, "the desk's securities can't be subscribed");
+    for (const auto& subscriber : subscribers) {
+        subscriber->SetProvider(host.Quotes());
+        Check(subscriber->SubscribeCodes(all, true) == 0, "the desk's securities can't be subscribed");
+    }
     host.Start();
 
     const double before = ProcessorSeconds();
@@ -79,21 +84,22 @@ void RunDesk(const char* listing, const char* opening)
     WaitForTheEndOfInput();
     const double seconds = Seconds(start);
     std::printf("share %.3f, %.0f pushes a second\n", (ProcessorSeconds() - before) / seconds,
-                static_cast<double>(subscriber->pushes) / seconds);
+                static_cast<double>(subscribers[0]->pushes + subscribers[1]->pushes) / seconds);
     host.Stop();
 }
 
-// Busy and asleep in turns of a millisecond.
+// Busy and asleep in turns.
 void RunLoop(double share)
 {
-    constexpr std::chrono::microseconds kTurn(1000);
+    constexpr std::chrono::microseconds kTurn(4000);  // of shorter ones waking up costs too much
     const auto busy = std::chrono::duration_cast<Clock::duration>(kTurn * (share / 2));
     std::atomic<bool> ended{false};
     const auto turn = [&] {
-        for (Clock::time_point begin = Clock::now(); !ended; begin += kTurn) {
-            while (Clock::now() < begin + busy) {
+        for (Clock::time_point next = Clock::now(); !ended; next += kTurn) {
+            std::this_thread::sleep_until(next);
+            const Clock::time_point awake = Clock::now();  // late, always
+            while (Clock::now() < awake + busy) {
             }
-            std::this_thread::sleep_until(begin + kTurn);
         }
     };
     const double before = ProcessorSeconds();
