@@ -106,7 +106,8 @@ private Q_SLOTS:
         QSUCCEEDS(screen.Types(Text("#order_price"), Text("9.90")));
         QSUCCEEDS(screen.Types(Text("#order_amount"), Text("1000")));
         QSUCCEEDS(screen.Presses(Text("#buy_button")));
-        QSUCCEEDS(screen.Sees(Text("#order_message"), Text("买限")));  // the protected limit is to be confirmed
+        QSUCCEEDS(
+            screen.Sees(Text("#order_message"), Text("买限")));  // the protected limit is to be confirmed
         QSUCCEEDS(screen.Presses(Text("#confirm_yes")));
         QSUCCEEDS(screen.Sees(Text("#order_message"), Text("10000001")));
         QSUCCEEDS(screen.Sees(Text("#chedan_table"), Text("10000001")));
