@@ -1,12 +1,11 @@
 #include "desk/exchange/exchange.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
-#include "desk/exchange/book.h"
 #include "desk/exchange/crowd.h"
 #include "desk/exchange/rules.h"
+#include "desk/exchange/trading_floor.h"
 
 namespace panelry::desk
 {
@@ -21,42 +20,9 @@ constexpr double kAuctionPace = 0.1;  // of the moves in the continuous phase
 constexpr int kTries = 4;             // to find a move that shows
 constexpr int kFirstOrders = 16;      // of the crowd, when an auction opens
 
-bool IsAuction(Phase phase)
-{
-    return phase == Phase::OpeningAuction || phase == Phase::ClosingAuction;
-}
-
-bool HasBook(const Security& security)
-{
-    return security.kind != SecurityKind::Index && security.kind != SecurityKind::Subscription;
-}
-
-struct Instrument {
-    const Security* security = nullptr;
-    Quote quote;
-    bool hasNews = false;  ///< in the quote, beside the book
-    Book book;
-    Belief belief;
-};
-
-/// What the orders that meet would be dealt at; nothing where none meet.
-std::optional<Level> AuctionOf(const Instrument& instrument)
-{
-    const Quote& quote = instrument.quote;
-    return instrument.book.AuctionPrice(quote.last > 0 ? quote.last : quote.previousClose);
-}
-
-/// An open order of a user.
-struct UserOrder {
-    std::size_t security = 0;
-    Side side = Side::Buy;
-    Price price = 0;
-    Quantity rest = 0;
-    bool isInBook = false;
-};
-
 }  // namespace
 
+// The day: plays phases and crowd over the trading floor.
 class Exchange::Implementation
 {
 public:
@@ -68,62 +34,37 @@ public:
     void RunToLimit(std::size_t security, Side side);
     void SetSuspended(std::size_t security, bool suspended);
     void SetRate(double changesPerSecond);
-    bool Fill(OrderId id, Quantity quantity, int parts);
 
-    const std::shared_ptr<const Listing> listing;
-    std::vector<Instrument> instruments;
-    ExchangeListener* listener = nullptr;
+    TradingFloor floor;
     MarketTime now;
-    Phase phase = Phase::Closed;
-    OrderId nextOrder = 1;
     double rate;
 
 private:
     void OpenDay();
-    void ForgetDay(Instrument& instrument) const;
     void EnterPhase(Phase next);
     void BeginAuction();
     void BeginTrade();
-    void EndDay();
 
     void ListActive();
+    void ScheduleMove(nanoseconds from);
     void PlayCrowd(nanoseconds until);
     void PlayMove(std::size_t security);
     void Apply(std::size_t security, const Move& move);
-    void ScheduleMove(nanoseconds from);
     void Press(std::size_t security);
 
-    void Enter(std::size_t security, Side side, const BookOrder& order);
-    void Uncross(std::size_t security);
-    void Settle(std::size_t security);
-    void Settle(OrderId id, const Trade& trade);
-    static void Record(Instrument& instrument, Price price, Quantity quantity);
-    void Show(std::size_t security);
-    void ShowAll();
-    void EndOrder(OrderId id);
-
     Crowd m_crowd;
-    std::vector<std::size_t> m_active;      // what the crowd plays with, in the listing's order
-    nanoseconds m_nextMove{-1};             // in the day; negative: none
-    std::map<OrderId, UserOrder> m_orders;  // those that are open
-    std::vector<OrderId> m_waiting;         // for trade to begin
-    std::vector<Trade> m_trades;            // of the operation that runs
+    std::vector<Belief> m_beliefs;      // of the crowd, of each security
+    std::vector<std::size_t> m_active;  // what the crowd plays with, in the listing's order
+    nanoseconds m_nextMove{-1};         // in the day; negative: none
 };
 
 Exchange::Implementation::Implementation(std::shared_ptr<const Listing> securities, Settings settings)
-    : listing(std::move(securities)),
-      instruments(listing->securities.size()),
+    : floor(std::move(securities)),
       now{settings.firstDay, milliseconds(0)},
       rate(settings.changesPerSecond),
-      m_crowd(settings.seed)
+      m_crowd(settings.seed),
+      m_beliefs(floor.Count())
 {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        const Security& security = listing->securities[i];
-        instruments[i].security = &security;
-        instruments[i].quote.previousClose = security.close;
-        instruments[i].quote.suspended = security.suspended;
-        ForgetDay(instruments[i]);
-    }
     ListActive();
 }
 
@@ -149,68 +90,42 @@ void Exchange::Implementation::AdvanceTo(MarketTime time)
 
 void Exchange::Implementation::OpenDay()
 {
-    for (Instrument& instrument : instruments) {
-        Quote& quote = instrument.quote;
-        quote.previousClose = quote.last > 0 ? quote.last : quote.previousClose;
-        quote.open = quote.high = quote.low = quote.last = 0;
-        quote.volume = 0;
-        quote.turnover = 0;
-        instrument.book.Clear();
-        ForgetDay(instrument);
-    }
-    ShowAll();
-}
-
-// What a day begins with, from the close before it.
-void Exchange::Implementation::ForgetDay(Instrument& instrument) const
-{
-    Quote& quote = instrument.quote;
-    const auto range = DayRange(*instrument.security, quote.previousClose);
-    quote.lowerLimit = range ? range->lowest : 0;
-    quote.upperLimit = range ? range->highest : 0;
-    instrument.hasNews = true;
-    instrument.belief = {};
+    m_beliefs.assign(floor.Count(), {});
+    floor.OpenDay();
 }
 
 void Exchange::Implementation::EnterPhase(Phase next)
 {
-    if (IsAuction(phase)) {
-        for (std::size_t i = 0; i < instruments.size(); ++i) {
-            Uncross(i);
-        }
-    }
-    phase = next;
-    if (listener != nullptr) {
-        listener->OnPhase(next);
-    }
+    floor.EnterPhase(next);
     m_nextMove = nanoseconds(-1);
     if (IsAuction(next)) {
         BeginAuction();
     } else if (next == Phase::Continuous) {
         BeginTrade();
     } else if (next == Phase::Closed) {
-        EndDay();
+        floor.EndDay();
     }
-    ShowAll();
+    floor.ShowAll();
     ScheduleMove(now.ofDay);
 }
 
 void Exchange::Implementation::BeginAuction()
 {
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        Instrument& instrument = instruments[i];
-        if (phase == Phase::OpeningAuction) {
-            const std::optional<Side> run = instrument.belief.run;
-            const Price runPrice = instrument.belief.runPrice;
-            instrument.belief = m_crowd.Begin(*instrument.security, instrument.quote.previousClose);
-            instrument.belief.run = run;
-            instrument.belief.runPrice = runPrice;
+    const bool opens = floor.CurrentPhase() == Phase::OpeningAuction;
+    for (std::size_t i = 0; i < m_beliefs.size(); ++i) {
+        const Security& security = floor.SecurityOf(i);
+        Belief& belief = m_beliefs[i];
+        if (opens) {
+            const Belief before = belief;
+            belief = m_crowd.Begin(security, floor.QuoteOf(i).previousClose);
+            belief.run = before.run;
+            belief.runPrice = before.runPrice;
         }
-        if (instrument.belief.run) {
+        if (belief.run) {
             Press(i);
-        } else if (rate > 0 && phase == Phase::OpeningAuction && HasBook(*instrument.security)) {
+        } else if (rate > 0 && opens && HasBook(security)) {
             for (int order = 0; order < kFirstOrders; ++order) {
-                Apply(i, m_crowd.InAuction(*instrument.security, instrument.quote, instrument.belief));
+                Apply(i, m_crowd.InAuction(security, floor.QuoteOf(i), belief));
             }
         }
     }
@@ -219,30 +134,11 @@ void Exchange::Implementation::BeginAuction()
 void Exchange::Implementation::BeginTrade()
 {
     // Orders meet here that weren't dealt in an auction, as the security was suspended then.
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        Uncross(i);
-    }
-    for (const OrderId id : std::exchange(m_waiting, {})) {
-        UserOrder& order = m_orders.at(id);
-        order.isInBook = true;
-        Enter(order.security, order.side, {order.price, order.rest, id});
-    }
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (instruments[i].belief.run) {
+    floor.UncrossAll();
+    floor.AdmitWaiting();
+    for (std::size_t i = 0; i < m_beliefs.size(); ++i) {
+        if (m_beliefs[i].run) {
             Press(i);
-        }
-    }
-}
-
-void Exchange::Implementation::EndDay()
-{
-    m_waiting.clear();
-    while (!m_orders.empty()) {
-        EndOrder(m_orders.begin()->first);
-    }
-    for (Instrument& instrument : instruments) {
-        if (instrument.quote.suspended) {
-            instrument.book.Clear();
         }
     }
 }
@@ -250,8 +146,8 @@ void Exchange::Implementation::EndDay()
 void Exchange::Implementation::ListActive()
 {
     m_active.clear();
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        if (instruments[i].security->kind != SecurityKind::Subscription && !instruments[i].quote.suspended) {
+    for (std::size_t i = 0; i < m_beliefs.size(); ++i) {
+        if (floor.SecurityOf(i).kind != SecurityKind::Subscription && !floor.QuoteOf(i).suspended) {
             m_active.push_back(i);
         }
     }
@@ -259,6 +155,7 @@ void Exchange::Implementation::ListActive()
 
 void Exchange::Implementation::ScheduleMove(nanoseconds from)
 {
+    const Phase phase = floor.CurrentPhase();
     m_nextMove = nanoseconds(-1);
     if (rate > 0 && (IsAuction(phase) || phase == Phase::Continuous)) {
         m_nextMove = from + nanoseconds(m_crowd.Pause(IsAuction(phase) ? rate * kAuctionPace : rate));
@@ -277,279 +174,115 @@ void Exchange::Implementation::PlayCrowd(nanoseconds until)
     }
 }
 
-void Exchange::Implementation::PlayMove(std::size_t security)
+void Exchange::Implementation::PlayMove(std::size_t i)
 {
-    Instrument& instrument = instruments[security];
-    if (instrument.security->kind == SecurityKind::Index) {
-        if (phase == Phase::Continuous) {
-            Record(instrument, m_crowd.NextIndex(*instrument.security, instrument.quote, instrument.belief),
-                   0);
-            Show(security);
+    const Security& security = floor.SecurityOf(i);
+    const Quote& quote = floor.QuoteOf(i);
+    Belief& belief = m_beliefs[i];
+    if (security.kind == SecurityKind::Index) {
+        if (floor.CurrentPhase() == Phase::Continuous) {
+            floor.Tick(i, m_crowd.NextIndex(security, quote, belief));
         }
         return;
     }
-    if (IsAuction(phase)) {
-        Apply(security, m_crowd.InAuction(*instrument.security, instrument.quote, instrument.belief));
-        Show(security);
+    if (IsAuction(floor.CurrentPhase())) {
+        Apply(i, m_crowd.InAuction(security, quote, belief));
+        floor.Show(i);
         return;
     }
-    const std::int64_t before = instrument.quote.changes;
-    for (int i = 0; i < kTries && instrument.quote.changes == before; ++i) {
-        Apply(security,
-              m_crowd.InTrade(*instrument.security, instrument.quote, instrument.book, instrument.belief));
-        Show(security);
+    const std::int64_t before = quote.changes;
+    for (int tries = 0; tries < kTries && quote.changes == before; ++tries) {
+        Apply(i, m_crowd.InTrade(security, quote, floor.BookOf(i), belief));
+        floor.Show(i);
     }
 }
 
 void Exchange::Implementation::Apply(std::size_t security, const Move& move)
 {
-    Instrument& instrument = instruments[security];
     if (move.quantity == 0) {
         return;
     }
     if (move.takesBack) {
-        instrument.book.Take(move.side, move.price, kCrowd, move.quantity);
+        floor.TakeBack(security, move.side, move.price, move.quantity);
         return;
     }
-    Enter(security, move.side, {move.price, move.quantity});
-    if (!instrument.belief.run) {
-        instrument.book.TrimCrowd(move.side, Crowd::kMostOrders, Crowd::MostAtOnce(*instrument.security));
+    floor.Enter(security, move.side, {move.price, move.quantity});
+    if (!m_beliefs[security].run) {
+        floor.Trim(security, move.side, Crowd::kMostOrders, Crowd::MostAtOnce(floor.SecurityOf(security)));
     }
 }
 
 // The crowd's great order at the limit, where trade or an auction lets it in.
 void Exchange::Implementation::Press(std::size_t security)
 {
-    Instrument& instrument = instruments[security];
+    const Phase phase = floor.CurrentPhase();
     const bool isOpen = IsAuction(phase) || phase == Phase::Continuous;
-    if (!isOpen || instrument.quote.suspended) {
+    if (!isOpen || floor.QuoteOf(security).suspended) {
         return;
     }
-    const Side side = *instrument.belief.run;
-    Quantity wanted = Crowd::RunQuantity(*instrument.security);
-    for (const BookOrder& order : instrument.book.Of(Opposite(side))) {
+    const Belief& belief = m_beliefs[security];
+    Quantity wanted = Crowd::RunQuantity(floor.SecurityOf(security));
+    for (const BookOrder& order : floor.BookOf(security).Of(Opposite(*belief.run))) {
         wanted += order.rest;
     }
-    Enter(security, side, {instrument.belief.runPrice, wanted});
+    floor.Enter(security, *belief.run, {belief.runPrice, wanted});
 }
 
 std::variant<OrderId, Refusal> Exchange::Implementation::Submit(const NewOrder& order)
 {
-    if (order.security >= instruments.size()) {
+    if (order.security >= floor.Count()) {
         return Refusal{"证券代码不存在"};
     }
-    const Instrument& instrument = instruments[order.security];
-    std::string objection = Objection(*instrument.security, instrument.quote, phase, order);
+    std::string objection = Objection(floor.SecurityOf(order.security), floor.QuoteOf(order.security),
+                                      floor.CurrentPhase(), order);
     if (!objection.empty()) {
         return Refusal{std::move(objection)};
     }
-    const OrderId id = nextOrder++;
-    const bool hasBook = HasBook(*instrument.security);
-    const bool waits = phase == Phase::BeforeOpen || phase == Phase::Break;
-    m_orders[id] = {order.security, order.side, order.price, order.quantity, hasBook && !waits};
-    if (hasBook && waits) {
-        m_waiting.push_back(id);
-    } else if (hasBook) {
-        Enter(order.security, order.side, {order.price, order.quantity, id});
-        Show(order.security);
-    }
-    return id;
+    return floor.Submit(order);
 }
 
 bool Exchange::Implementation::Cancel(OrderId id)
 {
-    const auto found = m_orders.find(id);
-    if (found == m_orders.end() || !CancelsAreOpen(now.ofDay)) {
-        return false;
-    }
-    const std::size_t security = found->second.security;
-    std::erase(m_waiting, id);
-    EndOrder(id);
-    Show(security);
-    return true;
+    return CancelsAreOpen(now.ofDay) && floor.Cancel(id);
 }
 
-void Exchange::Implementation::RunToLimit(std::size_t security, Side side)
+void Exchange::Implementation::RunToLimit(std::size_t i, Side side)
 {
-    Instrument& instrument = instruments[security];
-    const Quote& quote = instrument.quote;
-    const bool isOver = phase == Phase::Closed && now.ofDay >= std::chrono::hours(12);
-    if (!HasBook(*instrument.security) || isOver) {
+    const Security& security = floor.SecurityOf(i);
+    const Quote& quote = floor.QuoteOf(i);
+    const bool isOver = floor.CurrentPhase() == Phase::Closed && now.ofDay >= std::chrono::hours(12);
+    if (!HasBook(security) || isOver) {
         return;
     }
     const Price limit = side == Side::Buy ? quote.upperLimit : quote.lowerLimit;
     const int percent = side == Side::Buy ? 110 : 90;
-    instrument.belief.run = side;
-    instrument.belief.runPrice =
-        limit > 0 ? limit
-                  : std::max(instrument.security->step,
-                             OnStep(*instrument.security, quote.previousClose * percent / 100));
-    Press(security);
-    Show(security);
+    m_beliefs[i].run = side;
+    m_beliefs[i].runPrice =
+        limit > 0 ? limit : std::max(security.step, OnStep(security, quote.previousClose * percent / 100));
+    Press(i);
+    floor.Show(i);
 }
 
 void Exchange::Implementation::SetSuspended(std::size_t security, bool suspended)
 {
-    Instrument& instrument = instruments[security];
-    if (instrument.quote.suspended == suspended) {
+    if (floor.QuoteOf(security).suspended == suspended) {
         return;
     }
-    instrument.quote.suspended = suspended;
-    instrument.hasNews = true;
+    floor.SetSuspended(security, suspended);
     ListActive();
-    if (phase == Phase::Continuous) {
-        Uncross(security);
+    if (floor.CurrentPhase() == Phase::Continuous) {
+        floor.Uncross(security);
     }
-    if (!suspended && instrument.belief.run) {
+    if (!suspended && m_beliefs[security].run) {
         Press(security);
     }
-    Show(security);
+    floor.Show(security);
 }
 
 void Exchange::Implementation::SetRate(double changesPerSecond)
 {
     rate = std::max(0.0, changesPerSecond);
     ScheduleMove(now.ofDay);
-}
-
-bool Exchange::Implementation::Fill(OrderId id, Quantity quantity, int parts)
-{
-    const auto found = m_orders.find(id);
-    if (found == m_orders.end() || !found->second.isInBook || quantity <= 0 || parts <= 0) {
-        return false;
-    }
-    const UserOrder order = found->second;
-    Instrument& instrument = instruments[order.security];
-    // In whole lots, where there are enough of them to go round.
-    const Quantity total = std::min(quantity, order.rest);
-    const Quantity lot = instrument.security->lot;
-    const Quantity unit = total % lot == 0 && total / lot >= parts ? lot : 1;
-    const Quantity units = total / unit;
-    for (Quantity part = 0; part < parts; ++part) {
-        const Quantity share = (units / parts + (part < units % parts ? 1 : 0)) * unit;
-        if (share == 0) {
-            break;
-        }
-        instrument.book.Take(order.side, order.price, id, share);
-        m_trades.push_back(order.side == Side::Buy ? Trade{order.price, share, id, kCrowd}
-                                                   : Trade{order.price, share, kCrowd, id});
-        Settle(order.security);
-        Show(order.security);
-    }
-    return true;
-}
-
-// An order reaches the book: deals what it can where trade is on.
-void Exchange::Implementation::Enter(std::size_t security, Side side, const BookOrder& order)
-{
-    Instrument& instrument = instruments[security];
-    BookOrder rest = order;
-    if (phase == Phase::Continuous && !instrument.quote.suspended) {
-        rest.rest = instrument.book.Match(side, order, m_trades);
-        Settle(security);
-    }
-    if (rest.rest > 0) {
-        instrument.book.Put(side, rest);
-    }
-}
-
-void Exchange::Implementation::Uncross(std::size_t security)
-{
-    Instrument& instrument = instruments[security];
-    if (instrument.quote.suspended) {
-        return;
-    }
-    if (const auto auction = AuctionOf(instrument)) {
-        instrument.book.Uncross(*auction, m_trades);
-        Settle(security);
-    }
-}
-
-// Tells the deals that have been made in this security.
-void Exchange::Implementation::Settle(std::size_t security)
-{
-    for (const Trade& trade : m_trades) {
-        Record(instruments[security], trade.price, trade.quantity);
-        Settle(trade.buyer, trade);
-        Settle(trade.seller, trade);
-    }
-    m_trades.clear();
-}
-
-void Exchange::Implementation::Settle(OrderId id, const Trade& trade)
-{
-    if (id == kCrowd) {
-        return;
-    }
-    UserOrder& order = m_orders.at(id);
-    order.rest -= trade.quantity;
-    if (order.rest == 0) {
-        m_orders.erase(id);
-    }
-    if (listener != nullptr) {
-        listener->OnDeal(id, trade.price, trade.quantity);
-    }
-}
-
-void Exchange::Implementation::Record(Instrument& instrument, Price price, Quantity quantity)
-{
-    Quote& quote = instrument.quote;
-    const bool isFirst = quote.open == 0;
-    quote.open = isFirst ? price : quote.open;
-    quote.high = isFirst ? price : std::max(quote.high, price);
-    quote.low = isFirst ? price : std::min(quote.low, price);
-    quote.last = price;
-    quote.volume += quantity;
-    quote.turnover += Worth(price, quantity);
-    instrument.hasNews = true;
-}
-
-// Puts the book into the quote, and tells if anything is new.
-void Exchange::Implementation::Show(std::size_t security)
-{
-    Instrument& instrument = instruments[security];
-    Quote& quote = instrument.quote;
-    std::array<Level, 5> bids;
-    std::array<Level, 5> asks;
-    if (!quote.suspended) {
-        const auto auction = AuctionOf(instrument);
-        if (auction || IsAuction(phase)) {
-            bids[0] = asks[0] = auction.value_or(Level{});
-        } else {
-            bids = instrument.book.Levels(Side::Buy);
-            asks = instrument.book.Levels(Side::Sell);
-        }
-    }
-    if (!instrument.hasNews && bids == quote.bids && asks == quote.asks) {
-        return;
-    }
-    instrument.hasNews = false;
-    quote.bids = bids;
-    quote.asks = asks;
-    ++quote.changes;
-    if (listener != nullptr) {
-        listener->OnQuote(security);
-    }
-}
-
-void Exchange::Implementation::ShowAll()
-{
-    for (std::size_t i = 0; i < instruments.size(); ++i) {
-        Show(i);
-    }
-}
-
-void Exchange::Implementation::EndOrder(OrderId id)
-{
-    const auto found = m_orders.find(id);
-    const UserOrder order = found->second;
-    if (order.isInBook) {
-        instruments[order.security].book.Take(order.side, order.price, id, order.rest);
-    }
-    m_orders.erase(found);
-    if (listener != nullptr) {
-        listener->OnGone(id);
-    }
 }
 
 Exchange::Exchange(std::shared_ptr<const Listing> listing, Settings settings)
@@ -561,7 +294,7 @@ Exchange::~Exchange() = default;
 
 void Exchange::SetListener(ExchangeListener* listener)
 {
-    m_->listener = listener;
+    m_->floor.SetListener(listener);
 }
 
 MarketTime Exchange::Now() const
@@ -571,7 +304,7 @@ MarketTime Exchange::Now() const
 
 Phase Exchange::CurrentPhase() const
 {
-    return m_->phase;
+    return m_->floor.CurrentPhase();
 }
 
 void Exchange::AdvanceTo(MarketTime time)
@@ -586,7 +319,7 @@ std::variant<OrderId, Refusal> Exchange::Submit(const NewOrder& order)
 
 OrderId Exchange::NextOrderId() const
 {
-    return m_->nextOrder;
+    return m_->floor.NextOrderId();
 }
 
 bool Exchange::Cancel(OrderId order)
@@ -596,12 +329,12 @@ bool Exchange::Cancel(OrderId order)
 
 const Quote& Exchange::QuoteOf(std::size_t security) const
 {
-    return m_->instruments[security].quote;
+    return m_->floor.QuoteOf(security);
 }
 
 const Listing& Exchange::Securities() const
 {
-    return *m_->listing;
+    return m_->floor.Securities();
 }
 
 void Exchange::RunToLimit(std::size_t security, Side side)
@@ -626,7 +359,7 @@ double Exchange::Rate() const
 
 bool Exchange::Fill(OrderId order, Quantity quantity, int parts)
 {
-    return m_->Fill(order, quantity, parts);
+    return m_->floor.Fill(order, quantity, parts);
 }
 
 }  // namespace panelry::desk
