@@ -20,6 +20,8 @@ namespace
 
 using std::chrono::milliseconds;
 
+constexpr std::int64_t kWholeScreen = 100;
+
 /// Puts `where` before the reason of what `read` refuses.
 template <class Read>
 auto Within(const std::string& where, Read&& read)
@@ -91,15 +93,45 @@ std::int32_t PanelId(const Json& object, const char* key)
     return *id;
 }
 
+/// x, y, width, height in hundredths of the screen.
+const Json& PlaceOf(const Json& value)
+{
+    constexpr const char* kShape =
+        "must be a list of four: x, y, width and height in hundredths of the screen";
+    if (!value.is_array() || value.size() != 4) {
+        throw BadText(kShape);
+    }
+    for (const std::size_t first : {0, 1}) {
+        const std::optional<std::int64_t> begin = WholeNumber(value[first], 0, kWholeScreen);
+        const std::optional<std::int64_t> size = WholeNumber(value[first + 2], 1, kWholeScreen);
+        if (!begin || !size || *begin + *size > kWholeScreen) {
+            throw BadText(kShape);
+        }
+    }
+    return value;
+}
+
+/// The place goes to the panel with what else it gets.
+std::string Placed(const std::string& init, const Json& place)
+{
+    Json all = init.empty() ? Json::object() : Json::parse(init);
+    if (!all.is_object()) {
+        throw BadText("needs an object in \"init\"");
+    }
+    all["place"] = place;
+    return all.dump();
+}
+
 Workspace::Panel PanelOf(const Json& entry)
 {
-    constexpr std::array<std::string_view, 4> kKeys{"id", "title", "open", "init"};
+    constexpr std::array<std::string_view, 5> kKeys{"id", "title", "open", "place", "init"};
     RefuseOtherKeys(Object(entry), kKeys);
     Workspace::Panel panel;
     panel.id = PanelId(entry, "id");
     IfThere(entry, "title", [&](const Json& value) { panel.title = Text(value); });
     IfThere(entry, "open", [&](const Json& value) { panel.open = Flag(value); });
     IfThere(entry, "init", [&](const Json& value) { panel.init = value.dump(); });
+    IfThere(entry, "place", [&](const Json& value) { panel.init = Placed(panel.init, PlaceOf(value)); });
     return panel;
 }
 

@@ -2,6 +2,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/widget_properties.h"
 #include "services/resource_manager.h"
 #include "services/trade_provider.h"
@@ -43,12 +44,12 @@ void FundsModule::SetColorTable(void* table)
     m_widget->SetColors(ReadTableColors(ResourceManager::Instance(true)->ColorTable()));
 }
 
-void FundsModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
-                             const char* /*initParam*/)
+void FundsModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/, const char* initParam)
 {
     if (!m_widget || !m_link) {
         return;
     }
+    PlaceFrame(m_widget, initParam);
     QObject::connect(m_widget, &FundsWidget::RefreshWanted, m_link, [this] { Refresh(); });
     QObject::connect(m_link, &TradeLink::MapChanged, m_widget, &FundsWidget::SetFunds);
     QObject::connect(m_link, &TradeLink::TableChanged, m_link,

@@ -6,6 +6,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 #include "hosting/widget_properties.h"
@@ -45,6 +46,7 @@ void TablesModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /
     if (!m_widget || !m_link) {
         return;
     }
+    PlaceFrame(m_widget, initParam);
     QObject::connect(m_widget, &TablesWidget::RefreshWanted, m_link, [this] { Refresh(); });
     QObject::connect(m_widget, &TablesWidget::CancelWanted, m_link,
                      [this](const std::vector<std::string>& contracts) { Cancel(contracts); });

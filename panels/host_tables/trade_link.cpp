@@ -14,6 +14,10 @@ namespace
 {
 
 constexpr int kLogin = 0;
+constexpr char kOrderNews[] = "auto_refresh_data";
+// The host brings these after every order by itself. Asked for, that of the other account would take the place of
+// the one that the refresh service watches.
+const std::set<std::string> kBrought{"chedan_table", "rzrq_chedan_table"};
 
 }  // namespace
 
@@ -116,6 +120,7 @@ TradeLink::TradeLink(TradeProvider* provider, QObject* parent)
          std::initializer_list<DataDealBase*>{&m_form, &m_funds, &m_marginFunds}) {
         logic->SetObservers({}, m_observer);
     }
+    m_observer->SubscribeKey(kOrderNews, true);
 }
 
 TradeLink::~TradeLink()
@@ -179,23 +184,35 @@ void TradeLink::TakeNews()
         Q_EMIT TableChanged(name, table);
     }
     for (const auto& [name, map] : news.maps) {
-        Q_EMIT MapChanged(name, *map);
+        if (m_maps.count(name) > 0) {
+            Q_EMIT MapChanged(name, *map);
+        }
     }
     if (news.loggedIn) {
         Resume();
+    } else if (news.maps.count(kOrderNews) > 0) {
+        AskAgain(kBrought);
     }
 }
 
 void TradeLink::Resume()
 {
+    m_observer->SubscribeKey(kOrderNews, true);
     for (const std::string& name : m_tables) {
         FollowTable(name);
     }
     for (const std::string& name : m_maps) {
         FollowMap(name);
     }
+    AskAgain({});
+}
+
+void TradeLink::AskAgain(const std::set<std::string>& without)
+{
     for (const auto& [table, how] : m_asked) {
-        Ask(how.first, table, how.second);
+        if (without.count(table) == 0) {
+            Ask(how.first, table, how.second);
+        }
     }
     for (const bool margin : m_fundsAsked) {
         AskFunds(margin);

@@ -24,6 +24,9 @@ namespace panelry
 ///
 /// News that come faster than the panel takes them are told once, with the newest content.
 ///
+/// After an order or a cancel ("auto_refresh_data"), whoever sent it, what the panel has asked for is asked once
+/// more: cash is frozen, shares are blocked.
+///
 /// A host may forget its subscribers when the log-in is lost: at each log-in all is followed anew, and what the
 /// panel has asked for is asked once more.
 ///
@@ -64,6 +67,7 @@ private:
 
     void TakeNews();
     void Resume();
+    void AskAgain(const std::set<std::string>& without);
     void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
 
     WakeUp m_reader;                       // called when there is news

@@ -5,6 +5,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/widget_properties.h"
 #include "hot_keys/event_text.h"
@@ -43,6 +44,7 @@ void HotKeysModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* 
     if (!m_widget) {
         return;
     }
+    PlaceFrame(m_widget, initParam);
     const QJsonObject creation = QJsonDocument::fromJson(QByteArray(initParam)).object();
     const QJsonObject ofSource = creation.value(QLatin1String("init_data")).toObject();
     m_widget->Restore((ofSource.isEmpty() ? creation.value(QLatin1String("init_param")).toObject() : ofSource)

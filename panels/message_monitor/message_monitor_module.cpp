@@ -2,6 +2,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "message_monitor/message_line.h"
 
@@ -21,9 +22,9 @@ MessageMonitorModule::~MessageMonitorModule()
 }
 
 void MessageMonitorModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
-                                      const char* /*initParam*/)
+                                      const char* initParam)
 {
-    // Nothing to set up: there is no state to carry over, and messages come by themselves.
+    PlaceFrame(m_widget, initParam);  // nothing else to set up: messages come by themselves
 }
 
 void MessageMonitorModule::OnMessage(int msgId, void* payload)

@@ -6,6 +6,7 @@
 #include "base/number_text.h"
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 #include "hosting/widget_properties.h"
@@ -97,8 +98,9 @@ void OrderTicketModule::SetProviders(void* quoteProvider, void* tradeProvider)
 }
 
 void OrderTicketModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
-                                   const char* /*initParam*/)
+                                   const char* initParam)
 {
+    PlaceFrame(m_widget, initParam);
 }
 
 void OrderTicketModule::OnMessage(int msgId, void* payload)

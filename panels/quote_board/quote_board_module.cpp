@@ -7,6 +7,7 @@
 #include "common/frame_commands.h"
 #include "common/market.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 #include "hosting/widget_properties.h"
@@ -38,6 +39,7 @@ void QuoteBoardModule::Initialize(int /*moduleId*/, const char* /*a*/, const cha
     if (!m_widget) {
         return;
     }
+    PlaceFrame(m_widget, initParam);
     m_widget->SetColors(ReadQuoteColors(ResourceManager::Instance(true)->ColorTable()));
     const QJsonObject creation = QJsonDocument::fromJson(QByteArray(initParam)).object();
     const QJsonValue source = creation.value(QLatin1String("init_data"));

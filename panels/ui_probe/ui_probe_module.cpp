@@ -2,6 +2,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 
@@ -25,10 +26,9 @@ UiProbeModule::~UiProbeModule()
     delete m_widget;
 }
 
-void UiProbeModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/,
-                               const char* /*initParam*/)
+void UiProbeModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*b*/, const char* initParam)
 {
-    // Nothing to set up: requests come by themselves.
+    PlaceFrame(m_widget, initParam);  // nothing else to set up: requests come by themselves
 }
 
 void UiProbeModule::OnMessage(int msgId, void* payload)

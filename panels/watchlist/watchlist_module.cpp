@@ -6,6 +6,7 @@
 
 #include "common/frame_commands.h"
 #include "common/panel_style.h"
+#include "common/placement.h"
 #include "hosting/message_ids.h"
 #include "hosting/module_manager_spi.h"
 #include "hosting/widget_properties.h"
@@ -47,6 +48,7 @@ void WatchlistModule::Initialize(int /*moduleId*/, const char* /*a*/, const char
     if (!m_widget) {
         return;
     }
+    PlaceFrame(m_widget, initParam);
     const QJsonObject creation = QJsonDocument::fromJson(QByteArray(initParam)).object();
     m_widget->Restore(creation.value(QLatin1String("init_data")).toObject().toVariantMap());
     try {
