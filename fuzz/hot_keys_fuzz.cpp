@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -15,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "check.h"
 #include "input/hook_registrations.h"
 #include "services/module_base.h"
 
@@ -23,14 +22,6 @@ namespace
 
 using Json = nlohmann::json;
 using panelry::HookRegistrations;
-
-void Check(bool holds, const char* what)
-{
-    if (!holds) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
 
 using Modules = std::vector<ModuleBase*>;
 
@@ -120,7 +111,6 @@ public:
         Unregister(module, "");
         m_filters.erase(module);
     }
-
     void Clear() { *this = {}; }
 
     Modules Hearers(int type, const char* name)

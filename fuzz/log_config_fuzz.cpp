@@ -3,11 +3,11 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <tuple>
 #include <utility>
 
+#include "check.h"
 #include "logger/log4z/log_config.h"
 #include "logger/log4z/loger_manager.h"
 
@@ -18,24 +18,17 @@ using panelry::logger::ParseLogConfig;
 namespace
 {
 
-void Require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
-
 auto Fields(const LoggerConfig& c)
 {
     return std::tie(c.name, c.path, c.level, c.limitsize, c.display, c.outfile, c.monthdir, c.fileline,
                     c.enable);
 }
 
-void RequireSame(const LogConfig& one, const LogConfig& other)
+void CheckSame(const LogConfig& one, const LogConfig& other)
 {
-    Require(one.size() == other.size());
+    Check(one.size() == other.size(), "another number of loggers");
     for (auto a = one.begin(), b = other.begin(); a != one.end(); ++a, ++b) {
-        Require(a->first == b->first && Fields(a->second) == Fields(b->second));
+        Check(a->first == b->first && Fields(a->second) == Fields(b->second), "another logger");
     }
 }
 
@@ -48,14 +41,15 @@ std::string WithOtherLineEnds(const std::string& text)
     return changed;
 }
 
-void RequireApplied(const std::string& text, const LogConfig& config)
+void CheckApplied(const std::string& text, const LogConfig& config)
 {
     log4z::LogerManager manager;
-    Require(manager.ConfigFromText(text.c_str()));
+    Check(manager.ConfigFromText(text.c_str()), "not taken");
     for (const auto& [key, logger] : config) {
         const int id = manager.FindLogger(key.c_str());
-        Require(id >= 0 || config.size() > log4z::LOGGER_MAX - 1);
-        Require(id < 0 || (manager.GetLevel(id) == logger.level && manager.IsEnabled(id) == logger.enable));
+        Check(id >= 0 || config.size() > log4z::LOGGER_MAX - 1, "a logger is missing");
+        Check(id < 0 || (manager.GetLevel(id) == logger.level && manager.IsEnabled(id) == logger.enable),
+              "not applied");
     }
 }
 
@@ -73,12 +67,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     int warnings = 0;
     const auto count = [&](const std::string& warning) {
         ++warnings;
-        Require(warning.size() > 2 && warning.substr(warning.size() - 2) == "\r\n");
+        Check(warning.size() > 2 && warning.ends_with("\r\n"), "no line of a warning");
     };
     const LogConfig config = ParseLogConfig(text, count);
     const int told = std::exchange(warnings, 0);
-    RequireSame(config, ParseLogConfig(WithOtherLineEnds(text), count));
-    Require(warnings == told);
-    RequireApplied(text, config);
+    CheckSame(config, ParseLogConfig(WithOtherLineEnds(text), count));
+    Check(warnings == told, "another number of warnings");
+    CheckApplied(text, config);
     return 0;
 }

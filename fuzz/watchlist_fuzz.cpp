@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +17,7 @@
 #include <string>
 #include <string_view>
 
+#include "check.h"
 #include "watchlist/watchlist_manager_present.h"
 
 namespace
@@ -30,20 +30,10 @@ constexpr char kUserFile[] = "userconfig/Watchlist.json";
 constexpr char kLatestFile[] = "userconfig/Lastestlist.json";
 constexpr std::size_t kLatestLimit = 200;
 
-void Check(bool holds, const char* what)
-{
-    if (!holds) {
-        std::fprintf(stderr, "watchlist_fuzz: %s\n", what);
-        std::abort();
-    }
-}
-
 std::string TextOf(const char* path)
 {
     std::ifstream stream(path, std::ios::binary);
-    std::stringstream text;
-    text << stream.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 // What an operation throws, in words; empty if nothing.

@@ -1,5 +1,7 @@
 #include "refresh/workers.h"
 
+#include <optional>
+
 #include "base/number_text.h"
 #include "refresh/table_reader.h"
 
@@ -24,7 +26,7 @@ void TestQuote(const QuoteRow& row, RefreshState& state)
 
 void RunTableWorker(std::shared_ptr<RefreshState> state, std::weak_ptr<QuoteObserver> quoteSide)
 {
-    TableReader reader(*state);
+    std::optional<TableReader> reader;
     state->tables.Work([&](std::shared_ptr<HostTable>& table) {
         // Let go of behind the visit: if it is the last to hold the presenter, that waits for all visits.
         const std::shared_ptr<QuoteObserver> side = quoteSide.lock();
@@ -33,7 +35,10 @@ void RunTableWorker(std::shared_ptr<RefreshState> state, std::weak_ptr<QuoteObse
             return;
         }
         try {
-            reader.Read(*table, *side);
+            if (!reader) {  // not before a visit: the toolkit's code pages may be gone, at the end of the process
+                reader.emplace(*state);
+            }
+            reader->Read(*table, *side);
         } catch (...) {
             // passed over silently, as a table without its columns
         }

@@ -21,6 +21,9 @@ enum Made : std::size_t {
     kMadeCount
 };
 
+inline constexpr desk::AccountKind kAccounts[] = {desk::AccountKind::Normal, desk::AccountKind::Margin,
+                                                  desk::AccountKind::Connect};
+
 std::shared_ptr<const desk::Listing> MadeListing();
 
 /// Each account begins with `cash`; the normal one with 1000 kBank for 9,000.00 and 500 kBond for 50,000.00.

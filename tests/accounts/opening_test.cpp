@@ -23,12 +23,6 @@ QString FaultOf(const std::string& text)
     return QStringLiteral("taken");
 }
 
-// Markets 16 to 31 are one family, 32 to 63 the other.
-std::string Family(std::uint8_t market)
-{
-    return market >= 64 ? "64" : market >= 32 ? "32" : "16";
-}
-
 }  // namespace
 
 class OpeningTest : public panelry::test::Test
@@ -104,22 +98,19 @@ private Q_SLOTS:
             if (security.kind == SecurityKind::Index || security.market == 18 || security.market == 34) {
                 continue;
             }
-            for (const bool margin : {false, true}) {
-                for (const Shareholder& row : opening.shareholders) {
-                    if ((row.account == AccountKind::Margin) != margin) {
-                        continue;
-                    }
-                    const bool own = row.market == Family(security.market);
-                    const bool fits = ticket::MatchesMaskList(row.masks, security.code);
-                    QVERIFY2(own == fits, (security.code + " and " + row.number).c_str());
-                    matched += fits ? 1 : 0;
-                    const bool star = ticket::MatchesMaskList(row.starMask, security.code);
-                    QCOMPARE(star, row.market == "16" && security.kind == SecurityKind::Star);
-                    // A subscription may go by a code of its board.
-                    const bool chiNext = ticket::MatchesMaskList(row.chiNextMask, security.code);
-                    QVERIFY(security.kind == SecurityKind::Subscription ||
-                            chiNext == (row.market == "32" && security.kind == SecurityKind::ChiNext));
-                }
+            // Markets 16 to 31 are one, 32 to 63 the other.
+            const auto family = security.market >= 64 ? "64" : security.market >= 32 ? "32" : "16";
+            for (const Shareholder& row : opening.shareholders) {
+                const bool own = row.market == family;
+                const bool fits = ticket::MatchesMaskList(row.masks, security.code);
+                QVERIFY2(own == fits, (security.code + " and " + row.number).c_str());
+                matched += fits ? 1 : 0;
+                const bool star = ticket::MatchesMaskList(row.starMask, security.code);
+                QCOMPARE(star, row.market == "16" && security.kind == SecurityKind::Star);
+                // A subscription may go by a code of its board.
+                const bool chiNext = ticket::MatchesMaskList(row.chiNextMask, security.code);
+                QVERIFY(security.kind == SecurityKind::Subscription ||
+                        chiNext == (row.market == "32" && security.kind == SecurityKind::ChiNext));
             }
         }
         QVERIFY(matched > 300);

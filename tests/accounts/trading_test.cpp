@@ -1,13 +1,17 @@
 // Long trades at random, in one process and in one that is killed again and again.
 
-#include <QProcess>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <csignal>
 #include <map>
 #include <sstream>
 
 #include "accounts/random_trader.h"
+#include "support/rows.h"
 #include "support/sanitized.h"
 #include "support/test.h"
 
@@ -17,8 +21,6 @@ using namespace panelry::test;
 
 namespace
 {
-
-constexpr AccountKind kKinds[] = {AccountKind::Normal, AccountKind::Margin, AccountKind::Connect};
 
 bool IsSoak()
 {
@@ -55,6 +57,21 @@ bool IsWithinBounds(const Brokerage& broker, AccountKind kind)
            std::all_of(holdings.begin(), holdings.end(), [](const Holding& held) {
                return held.total > 0 && held.sellable >= 0 && held.frozen >= 0 && held.cost >= 0;
            });
+}
+
+// Trades on the accounts of a file and says what was done, a line an event, until the process is killed.
+void Trade(const std::string& file, std::uint64_t seed, int out) noexcept
+{
+    const auto listing = MadeListing();
+    Brokerage broker(listing, MadeOpening(1'000'000'000), {file});
+    RandomTrader trader(broker, *listing, seed);
+    for (ssize_t written = 1; written > 0;) {
+        const RandomTrader::Event event = trader.Step();
+        const std::string line = std::string(1, event.kind) + ' ' + std::to_string(broker.Day()) + ' ' +
+                                 (event.contract.empty() ? "-" : event.contract) + ' ' +
+                                 std::to_string(event.dealt) + (event.open ? " 1\n" : " 0\n");
+        written = write(out, line.data(), line.size());  // past every buffer of this process
+    }
 }
 
 struct Said {
@@ -102,15 +119,6 @@ std::string Missing(const Brokerage& broker, const Said& said, qint64 filedDeals
     return changed > 1 ? "a change of an order" : "";
 }
 
-qint64 CountDeals(const Brokerage& broker)
-{
-    qint64 count = 0;
-    for (const AccountKind kind : kKinds) {
-        count += static_cast<qint64>(broker.DealsBetween(kind, 1, broker.Day()).size());
-    }
-    return count;
-}
-
 }  // namespace
 
 class TradingTest : public panelry::test::Test
@@ -120,13 +128,13 @@ class TradingTest : public panelry::test::Test
 private Q_SLOTS:
     void NoFenAndNoShareIsLost_data()
     {
-        QTest::addColumn<Money>("cash");
-        QTest::newRow("poor: everything is spent to the limit") << Money{20'000'000};
-        QTest::newRow("rich") << Money{1'000'000'000'000};
+        const Rows<qlonglong> row("cash");
+        row("poor: everything is spent to the limit", 20'000'000);
+        row("rich", 1'000'000'000'000);
     }
     void NoFenAndNoShareIsLost()
     {
-        QFETCH(Money, cash);
+        QFETCH(qlonglong, cash);
         // The two rows together: ten thousand orders, a million in the long run.
         const int orders = IsSoak() ? 500'000 : kSanitized ? 1'000 : 5'000;
         const int lives = 5;
@@ -141,11 +149,11 @@ private Q_SLOTS:
             RandomTrader trader(broker, *listing, static_cast<std::uint64_t>(life));
             for (int event = 0; seen['P'] + seen['R'] < orders / lives * (life + 1); ++event) {
                 ++seen[trader.Step().kind];
-                const AccountKind kind = kKinds[event % 3];
+                const AccountKind kind = kAccounts[event % 3];
                 QVERIFY2(IsWithinBounds(broker, kind), qPrintable(QString::number(event)));
             }
             QCOMPARE(broker.Audit(), std::string());
-            for (const AccountKind kind : kKinds) {
+            for (const AccountKind kind : kAccounts) {
                 QVERIFY(AddsUp(broker, kind));
             }
         }
@@ -164,34 +172,49 @@ private Q_SLOTS:
         qint64 deals = 0;
         const int kills = IsSoak() ? 1000 : kSanitized ? 20 : 200;
         for (int kill = 0; kill < kills; ++kill) {
-            const QString file = folder.filePath(QString::number(kill / kKillsOfAFile));
+            const std::string file = folder.filePath(QString::number(kill / kKillsOfAFile)).toStdString();
             said = kill % kKillsOfAFile == 0 ? Said() : said;
-            QProcess trader;
-            trader.start(QStringLiteral(ACCOUNTS_TRADER), {file, QString::number(kill)});
-            QVERIFY(trader.waitForStarted());
-            QByteArray told;
-            const int lines = random.bounded(4) == 0 ? 0 : random.bounded(400);  // some before the first
-            while (told.count('\n') < lines) {
-                QVERIFY2(trader.waitForReadyRead(), trader.readAllStandardError().constData());
-                told += trader.readAllStandardOutput();
+            int ends[2] = {};
+            QCOMPARE(pipe(ends), 0);
+            const pid_t trader = fork();
+            if (trader == 0) {
+                Trade(file, static_cast<std::uint64_t>(kill), ends[1]);
+                _exit(1);
             }
-            trader.kill();
-            QVERIFY(trader.waitForFinished());
-            QCOMPARE(trader.exitStatus(), QProcess::CrashExit);
-            told += trader.readAllStandardOutput();
-            for (const QByteArray& line : told.split('\n')) {
-                if (!line.isEmpty()) {
-                    said.Hear(line.toStdString());
-                }
+            close(ends[1]);
+            std::string told;
+            const auto hear = [&] {
+                char letters[4096];
+                const ssize_t count = read(ends[0], letters, sizeof letters);
+                told.append(letters, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+                return count > 0;
+            };
+            const int most = random.bounded(4) == 0 ? 0 : random.bounded(400);  // some before the first line
+            while (std::count(told.begin(), told.end(), '\n') < most) {
+                QVERIFY(hear());
             }
-            const Brokerage broker(MadeListing(), MadeOpening(1'000'000'000), {file.toStdString()});
+            ::kill(trader, SIGKILL);
+            while (hear()) {
+            }
+            close(ends[0]);
+            int status = 0;
+            QCOMPARE(waitpid(trader, &status, 0), trader);
+            QCOMPARE(WTERMSIG(status), SIGKILL);
+            std::istringstream lines(told);
+            for (std::string line; std::getline(lines, line);) {
+                said.Hear(line);
+            }
+            const Brokerage broker(MadeListing(), MadeOpening(1'000'000'000), {file});
             QCOMPARE(broker.Audit(), std::string());
-            const qint64 filed = CountDeals(broker);
+            qint64 filed = 0;
+            for (const AccountKind kind : kAccounts) {
+                QVERIFY(AddsUp(broker, kind));
+                filed += std::ssize(broker.DealsBetween(kind, 1, broker.Day()));
+            }
             QCOMPARE(Missing(broker, said, filed), std::string());
             deals += filed - said.filed;
             said = {broker.Day(), filed, filed, {}};
-            for (const AccountKind kind : kKinds) {
-                QVERIFY(AddsUp(broker, kind));
+            for (const AccountKind kind : kAccounts) {
                 for (const Order& order : broker.Orders(kind)) {
                     said.orders[order.contract] = {order.dealt, order.IsOpen()};
                 }

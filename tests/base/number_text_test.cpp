@@ -5,43 +5,32 @@
 #include <stdexcept>
 
 #include "support/test.h"
-#include "support/text_rows.h"
-
-using panelry::test::Given;
-using panelry::test::TextRows;
 
 class NumberTextTest : public panelry::test::Test
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void NumberAtTheHeadOfAText_data()
-    {
-        TextRows("text number", {{"empty", "", "0"},
-                                 {"minus", "-42", "-42"},
-                                 {"plus", "+42", "42"},
-                                 {"all six blanks", " \t\n\v\f\r7", "7"},
-                                 {"a blank of another alphabet", QByteArray("\xc2\xa0") + "7", "0"},
-                                 {"blank behind the sign", "- 7", "0"},
-                                 {"minus alone", "-", "0"},
-                                 {"two signs", "+-7", "0"},
-                                 {"rest ignored", "7x", "7"},
-                                 {"not hexadecimal", "0x10", "0"},
-                                 {"not octal", "010", "10"},
-                                 {"no exponent", "1e3", "1"},
-                                 {"no fraction", "3.9", "3"},
-                                 {"NUL ends it", QByteArray("7\0", 2) + "8", "7"},
-                                 {"other digits", "\xd9\xa3", "0"},
-                                 {"largest", "2147483647", "2147483647"},
-                                 {"one more", "2147483648", "2147483647"},
-                                 {"far more, a sign and a rest", "+99999999999999999999x", "2147483647"},
-                                 {"smallest", "-2147483648", "-2147483648"},
-                                 {"one less", "-2147483649", "-2147483648"}});
-    }
-
     void NumberAtTheHeadOfAText()
     {
-        QTEST(QByteArray::number(panelry::TextToInt(Given("text").toStdString())), "number");
+        constexpr int kMost = std::numeric_limits<int>::max();
+        constexpr int kLeast = std::numeric_limits<int>::min();
+        const std::pair<int, std::vector<std::string>> readings[] = {
+            // The last two are a blank and a digit of other alphabets.
+            {0, {"", "-", "- 7", "+-7", "0x10", "\xc2\xa0 7", "\xd9\xa3"}},
+            {7, {" \t\n\v\f\r7", "7x", std::string("7\0008", 3)}},
+            {42, {"+42"}},
+            {-42, {"-42"}},
+            {10, {"010"}},
+            {1, {"1e3"}},
+            {3, {"3.9"}},
+            {kMost, {"2147483647", "2147483648", "+99999999999999999999x"}},
+            {kLeast, {"-2147483648", "-2147483649"}}};
+        for (const auto& [number, texts] : readings) {
+            for (const std::string& text : texts) {
+                QVERIFY2(panelry::TextToInt(text) == number, text.c_str());
+            }
+        }
     }
 
     void LongNumbers()

@@ -8,15 +8,14 @@
 #include "support/rows.h"
 #include "support/test.h"
 
-using panelry::test::HostProcess;
-using panelry::test::OutputOf;
-using panelry::test::Rows;
+using namespace panelry::test;
 
 namespace
 {
 
 constexpr char kSystem[] = "sysconfig/config.json";
 constexpr char kUser[] = "userconfig/config.json";
+constexpr char kColours[] = "sysconfig/color.json";
 
 // Family, points, weight and slant out of QFont::toString().
 QString Brief(const QString& font)
@@ -27,7 +26,7 @@ QString Brief(const QString& font)
 
 }  // namespace
 
-class ApplicationThreadTest : public panelry::test::Test
+class ApplicationThreadTest : public Test
 {
     Q_OBJECT
 
@@ -51,20 +50,17 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, system);
         QFETCH(QByteArray, user);
-        QFETCH(QString, buy);
-        QFETCH(QString, asModulesRead);
         HostProcess host;
-        if (!system.isEmpty()) {
-            host.Write(kSystem, system);
-        }
-        if (!user.isEmpty()) {
-            host.Write(kUser, user);
+        for (const auto& [file, content] : {std::pair{kSystem, system}, {kUser, user}}) {
+            if (!content.isEmpty()) {
+                host.Write(file, content);
+            }
         }
         QVERIFY(host.Start());
         host.Do({"init 0 0 1", "notify 1 1001 {}"});
         host.Settle();
-        QCOMPARE(host.Ask(1001, "translation Common_Buy"), buy);
-        QCOMPARE(host.Ask(1001, "config general language"), asModulesRead);
+        QTEST(host.Ask(1001, "translation Common_Buy"), "buy");
+        QTEST(host.Ask(1001, "config general language"), "asModulesRead");
         QVERIFY(!host.Errors().contains("configuration"));
         QCOMPARE(QDir(host.Ask(1001, "directory")), QDir(QDir(host.Folder()).canonicalPath()));
     }
@@ -87,7 +83,6 @@ private Q_SLOTS:
     {
         QFETCH(QString, loadFont);
         QFETCH(QString, fontFile);
-        QFETCH(QString, wanted);
         HostProcess host;
         host.Write(kSystem, QStringLiteral(R"({"system":{"load_font":"%1"}})").arg(loadFont).toUtf8());
         if (!fontFile.isEmpty()) {
@@ -96,54 +91,48 @@ private Q_SLOTS:
         QVERIFY(host.Start());
         host.Do({"init 0 0 1", "notify 1 1001 {}"});
         host.Settle();
-        QCOMPARE(Brief(host.Ask(1001, "font")), wanted);
+        QTEST(Brief(host.Ask(1001, "font")), "wanted");
         QCOMPARE(host.Ask(1001, "look"),
                  QString(loadFont == "0" ? "sharp scaled" : "antialiased sharp scaled"));
     }
 
-    void AMalformedFileEndsTheProcess_data()
-    {
-        const Rows<QString, QByteArray> row("file content");
-        row("system settings", kSystem, "{\"system\":{");
-        row("user settings", kUser, R"({"system":{"auto_refresh_interval":5}})");
-        row("colours", "sysconfig/color.json", R"({"up":"red"})");
-    }
-
     void AMalformedFileEndsTheProcess()
     {
-        QFETCH(QString, file);
-        QFETCH(QByteArray, content);
-        HostProcess host;
-        host.Write(file, content);
-        QVERIFY(host.Start());
-        if (file.contains("color")) {  // not read before the first panel
-            QVERIFY(host.Do({"init 0 0 1", "uninit", "wait uninit returned"}));
+        for (const auto& [file, content] : {std::pair{kSystem, "{\"system\":{"},
+                                            {kUser, R"({"system":{"auto_refresh_interval":5}})"},
+                                            {kColours, R"({"up":"red"})"}}) {
+            HostProcess host;
+            host.Write(file, content);
+            QVERIFY(host.Start());
+            if (file == kColours) {  // not read before the first panel
+                QVERIFY(host.Do({"init 0 0 1", "uninit", "wait uninit returned"}));
+            }
+            host.Do("notify 1 1001 {}");
+            QVERIFY(host.Dies());
+            QCOMPARE(host.Status(), SIGABRT);
+            QCOMPARE(host.Errors().count("Malformed configuration file: "), 1);
+            QVERIFY2(host.Errors().contains(file), qPrintable(host.Errors()));
+            // Only what isn't JSON has a place where reading stopped.
+            QVERIFY2(file != kSystem || host.Errors().contains("line 1, column"), qPrintable(host.Errors()));
         }
-        host.Do("notify 1 1001 {}");
-        QVERIFY(host.Dies());
-        QCOMPARE(host.Status(), SIGABRT);
-        QCOMPARE(host.Errors().count("Malformed configuration file: "), 1);
-        QVERIFY2(host.Errors().contains(file), qPrintable(host.Errors()));
-        // Only what isn't JSON has a place where reading stopped.
-        QVERIFY2(file != kSystem || host.Errors().contains("line 1, column"), qPrintable(host.Errors()));
     }
 
     void ALaterLifeKeepsTheSettingsOfTheFirst()
     {
         HostProcess host;
         host.Write(kUser, R"({"general":{"language":"en"}})");
-        host.Write("sysconfig/color.json", R"({"price":{"up":"255,0,0"}})");
+        host.Write(kColours, R"({"price":{"up":"255,0,0"}})");
         QVERIFY(host.Start());
         host.Do({"init 0 0 1", "notify 1 1001 {}"});
-        QCOMPARE(host.Ask(1001, "translation Common_Buy"), QString("Buy"));
-        QCOMPARE(host.Ask(1001, "color price up"), QString("255,0,0"));
+        QCOMPARE(host.Ask(1001, "translation Common_Buy"), "Buy");
+        QCOMPARE(host.Ask(1001, "color price up"), "255,0,0");
         QVERIFY(host.Do({"uninit", "wait uninit returned"}));
         host.Write(kUser, R"({"general":{"language":"zh_CN"}})");
-        host.Write("sysconfig/color.json", "broken");
+        host.Write(kColours, "broken");
         QVERIFY(host.Do({"notify 1 1001 {}", "wait 1001#2 made"}));
-        QCOMPARE(host.Ask(1001, "translation Common_Buy"), QString("Buy"));
-        QCOMPARE(host.Ask(1001, "config general language"), QString("en"));
-        QCOMPARE(host.Ask(1001, "color price up"), QString("255,0,0"));
+        QCOMPARE(host.Ask(1001, "translation Common_Buy"), "Buy");
+        QCOMPARE(host.Ask(1001, "config general language"), "en");
+        QCOMPARE(host.Ask(1001, "color price up"), "255,0,0");
         QVERIFY(host.End({"uninit"}));
     }
 };

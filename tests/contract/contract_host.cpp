@@ -13,7 +13,8 @@
 //   hold                        waits for "release" (for use with "when")
 //   release                     also ends the nest of a module
 //   thread COMMAND              on a thread of its own
-//   flood ID THREADS COUNT      numbered messages from many threads at once; says "flooded"
+//   flood ID THREADS COUNT      numbered messages from many threads at once
+//   join                        waits until what was started on other threads is over
 //   random SEED COUNT ID...     random texts to the ids; says "random done"
 //   usage                       says "usage THREADS KILOBYTES"
 //   exit STATUS                 leaves the main function
@@ -51,19 +52,15 @@ void (*Init)(void*, void*, Callback) = nullptr;
 void (*NotifyMsg)(std::int32_t, std::int32_t, const char*) = nullptr;
 void (*Uninit)() = nullptr;
 
-struct Rule {
-    std::string needle;
-    std::string command;
-};
-
 // Never destroyed: the panels' thread may outlive the main function.
 std::mutex& stateLock = *new std::mutex;
 std::condition_variable& changed = *new std::condition_variable;
-std::vector<Rule>& rules = *new std::vector<Rule>;
+auto& rules = *new std::vector<std::pair<std::string, std::string>>;  // needles and commands
 std::string& componentName = *new std::string;
 bool released = false;
 bool counting = false;
-std::vector<std::thread> threads;  // main thread only
+std::atomic<bool> providersTell{false};
+std::vector<std::jthread> threads;  // main thread only
 
 void Execute(const std::string& command);
 
@@ -77,13 +74,13 @@ void Say(std::string line)
         const std::lock_guard guard(stateLock);
         std::fprintf(stdout, "%s\n", line.c_str());
         std::fflush(stdout);
-        counting = counting || line.find(" counting") != std::string::npos;
+        counting = counting || line.find(" OnMessage 7 ") != std::string::npos;
         changed.notify_all();
-        const auto rule = std::find_if(rules.begin(), rules.end(), [&line](const Rule& r) {
-            return line.find(r.needle) != std::string::npos;
+        const auto rule = std::find_if(rules.begin(), rules.end(), [&line](const auto& r) {
+            return line.find(r.first) != std::string::npos;
         });
         if (rule != rules.end()) {
-            command = rule->command;
+            command = rule->second;
             rules.erase(rule);
         }
     }
@@ -124,27 +121,25 @@ void Flood(std::int32_t id, unsigned thread, unsigned count)
                 changed.wait_for(lock, std::chrono::microseconds(20), isCounting);
             }
         }
-        const std::string content = std::to_string(thread) + " " + std::to_string(number);
+        char content[40];  // octal: what has the marker's 9 in it is taken for the test's own
+        std::snprintf(content, sizeof content, "%u %o", thread, number);
         const std::string operate =
-            "{\"operate\":\"notify\",\"cmd\":\"7\",\"bussiness\":\"" + content + "\"}";
+            R"({"operate":"notify","cmd":"7","bussiness":")" + std::string(content) + "\"}";
         const std::int32_t types[] = {0, 1, 7};
-        NotifyMsg(types[number % 3], id, number % 3 == 1 ? content.c_str() : operate.c_str());
+        NotifyMsg(types[number % 3], id, number % 3 == 1 ? content : operate.c_str());
     }
 }
 
 void FloodFromThreads(std::int32_t id, unsigned threadCount, unsigned count)
 {
-    {
-        std::latch together(threadCount);
-        std::vector<std::jthread> flooding;
-        for (unsigned thread = 0; thread < threadCount; ++thread) {
-            flooding.emplace_back([&together, id, thread, count] {
-                together.arrive_and_wait();
-                Flood(id, thread, count);
-            });
-        }
+    std::latch together(threadCount);
+    std::vector<std::jthread> flooding;
+    for (unsigned thread = 0; thread < threadCount; ++thread) {
+        flooding.emplace_back([&together, id, thread, count] {
+            together.arrive_and_wait();
+            Flood(id, thread, count);
+        });
     }
-    Say("flooded");
 }
 
 void SayUsage()
@@ -172,53 +167,6 @@ T Number(std::istream& words)
     return number;
 }
 
-void SetRule(const std::string& text)
-{
-    const std::string arrow = " -> ";
-    const std::size_t at = text.find(arrow);
-    const std::lock_guard guard(stateLock);
-    rules.push_back({text.substr(0, at), text.substr(at + arrow.size())});
-}
-
-void Hold()
-{
-    Say("held");
-    std::unique_lock lock(stateLock);
-    changed.wait(lock, [] { return std::exchange(released, false); });
-}
-
-void Release()
-{
-    const std::lock_guard guard(stateLock);
-    released = true;
-    changed.notify_all();
-}
-
-void CallInit(std::istream& words)
-{
-    const auto quote = Number<std::uintptr_t>(words);
-    const auto trade = Number<std::uintptr_t>(words);
-    Init(panelry::test::QuoteProviderOf(quote), panelry::test::TradeProviderOf(trade),
-         Number<int>(words) != 0 ? &OnCallback : nullptr);
-}
-
-void CallUninit(std::istream& words)
-{
-    if (Rest(words) == "at exit") {
-        std::atexit(Uninit);
-        return;
-    }
-    Uninit();
-    Say("uninit returned");
-}
-
-void StartFlood(std::istream& words)
-{
-    const auto id = Number<std::int32_t>(words);
-    const auto threadCount = Number<unsigned>(words);
-    threads.emplace_back(&FloodFromThreads, id, threadCount, Number<unsigned>(words));
-}
-
 void SendRandomTexts(std::istream& words)
 {
     panelry::test::RandomTexts texts(Number<unsigned>(words));
@@ -228,7 +176,7 @@ void SendRandomTexts(std::istream& words)
         ids.push_back(id);
     }
     for (unsigned i = 0; i < count; ++i) {
-        const std::int32_t id = ids[texts.Below(static_cast<unsigned>(ids.size()))];
+        const std::int32_t id = ids[texts.Below(ids.size())];
         const auto type = static_cast<std::int32_t>(texts.Below(3));
         NotifyMsg(type, id, texts.Next().c_str());
     }
@@ -237,29 +185,76 @@ void SendRandomTexts(std::istream& words)
 
 void Execute(const std::string& command)
 {
+    using panelry::test::ForEachSubscriber;
+    using panelry::test::ProviderOf;
     using Verbs = std::map<std::string, std::function<void(std::istream&)>>;
     static const Verbs& verbs = *new Verbs{
-        {"init", CallInit},
+        {"init",
+         [](std::istream& words) {
+             void* const quote =
+                 ProviderOf<panelry::test::Quotes, QuoteProvider>(Number<std::uintptr_t>(words));
+             void* const trade =
+                 ProviderOf<panelry::test::Trades, TradeProvider>(Number<std::uintptr_t>(words));
+             Init(quote, trade, Number<int>(words) != 0 ? &OnCallback : nullptr);
+         }},
         {"notify",
          [](std::istream& words) {
              const auto type = Number<std::int32_t>(words);
              const auto id = Number<std::int32_t>(words);
              NotifyMsg(type, id, Rest(words).c_str());
          }},
-        {"uninit", CallUninit},
+        {"uninit",
+         [](std::istream& words) {
+             if (Rest(words) == "at exit") {
+                 std::atexit(Uninit);
+             } else {
+                 Uninit();
+                 Say("uninit returned");
+             }
+         }},
         {"name",
          [](std::istream& words) {
              const std::lock_guard guard(stateLock);
              componentName = Rest(words);
          }},
-        {"providers", [](std::istream&) { panelry::test::TellOfProviders(&Say); }},
-        {"login", [](std::istream& words) { panelry::test::PushLogin(Number<int>(words)); }},
-        {"cancel", [](std::istream&) { panelry::test::PushCancel(); }},
-        {"when", [](std::istream& words) { SetRule(Rest(words)); }},
-        {"hold", [](std::istream&) { Hold(); }},
-        {"release", [](std::istream&) { Release(); }},
+        {"providers", [](std::istream&) { providersTell = true; }},
+        {"login",
+         [](std::istream& words) {
+             const auto state = Number<int>(words);
+             ForEachSubscriber([state](TradeObserver& subscriber) { subscriber.OnLoginState(state); });
+         }},
+        {"cancel",
+         [](std::istream&) {
+             const auto map = std::make_shared<StringMap>(StringMap{{"chedan", "1"}});
+             ForEachSubscriber([&map](TradeObserver& s) { s.OnDataPush("auto_refresh_data", map); });
+         }},
+        {"when",
+         [](std::istream& words) {
+             const std::string text = Rest(words);
+             const std::size_t arrow = text.find(" -> ");
+             const std::lock_guard guard(stateLock);
+             rules.emplace_back(text.substr(0, arrow), text.substr(arrow + 4));
+         }},
+        {"hold",
+         [](std::istream&) {
+             Say("held");
+             std::unique_lock lock(stateLock);
+             changed.wait(lock, [] { return std::exchange(released, false); });
+         }},
+        {"release",
+         [](std::istream&) {
+             const std::lock_guard guard(stateLock);
+             released = true;
+             changed.notify_all();
+         }},
         {"thread", [](std::istream& words) { threads.emplace_back(&Execute, Rest(words)); }},
-        {"flood", StartFlood},
+        {"flood",
+         [](std::istream& words) {
+             const auto id = Number<std::int32_t>(words);
+             const auto threadCount = Number<unsigned>(words);
+             threads.emplace_back(&FloodFromThreads, id, threadCount, Number<unsigned>(words));
+         }},
+        {"join", [](std::istream&) { threads.clear(); }},
         {"random", SendRandomTexts},
         {"usage", [](std::istream&) { SayUsage(); }},
     };
@@ -274,29 +269,14 @@ void Execute(const std::string& command)
     }
 }
 
-template <class Function>
-bool Resolve(void* library, const char* name, Function*& function)
-{
-    function = reinterpret_cast<Function*>(dlsym(library, name));
-    return function != nullptr;
-}
-
-int Run()
-{
-    int status = 0;
-    for (std::string line; std::getline(std::cin, line);) {
-        if (std::sscanf(line.c_str(), "exit %d", &status) == 1) {
-            break;
-        }
-        Execute(line);
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    return status;
-}
-
 }  // namespace
+
+void panelry::test::HearProvider(const std::string& line)
+{
+    if (providersTell) {
+        Say(line);
+    }
+}
 
 // What the test modules find in the program that loaded the library.
 extern "C" {
@@ -307,7 +287,8 @@ __attribute__((visibility("default"))) void ReportToHost(const char* line)
 
 __attribute__((visibility("default"))) std::uintptr_t NumberOfProvider(void* provider)
 {
-    return panelry::test::NumberOfProvider(provider);
+    const std::lock_guard guard(panelry::test::providersLock);
+    return panelry::test::providerNumbers[provider];
 }
 
 __attribute__((visibility("default"))) bool HostReleased()
@@ -320,12 +301,19 @@ __attribute__((visibility("default"))) bool HostReleased()
 int main(int argc, char* argv[])
 {
     const bool global = argc > 2 && std::string(argv[2]) == "global";
-    void* const library =
-        argc > 1 ? dlopen(argv[1], RTLD_NOW | (global ? RTLD_GLOBAL : RTLD_LOCAL)) : nullptr;
-    if (!library || !Resolve(library, "Init", Init) || !Resolve(library, "NotifyMsg", NotifyMsg) ||
-        !Resolve(library, "Uninit", Uninit)) {
-        std::fprintf(stderr, "cannot load the library: %s\n", argc > 1 ? dlerror() : "none given");
+    void* const library = dlopen(argv[1], RTLD_NOW | (global ? RTLD_GLOBAL : RTLD_LOCAL));
+    if (!library) {
+        std::fprintf(stderr, "cannot load the library: %s\n", dlerror());
         return 2;
     }
-    return Run();
+    Init = reinterpret_cast<decltype(Init)>(dlsym(library, "Init"));
+    NotifyMsg = reinterpret_cast<decltype(NotifyMsg)>(dlsym(library, "NotifyMsg"));
+    Uninit = reinterpret_cast<decltype(Uninit)>(dlsym(library, "Uninit"));
+    int status = 0;
+    for (std::string line;
+         std::getline(std::cin, line) && std::sscanf(line.c_str(), "exit %d", &status) != 1;) {
+        Execute(line);
+    }
+    threads.clear();  // joins them
+    return status;
 }

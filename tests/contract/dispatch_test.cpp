@@ -4,10 +4,7 @@
 #include "support/rows.h"
 #include "support/test.h"
 
-using panelry::test::HostProcess;
-using panelry::test::Operate;
-using panelry::test::Rows;
-using panelry::test::Tell;
+using namespace panelry::test;
 
 namespace
 {
@@ -24,7 +21,7 @@ constexpr char kFramed[] = R"("need_wrapper":"1","need_display":"1")";
 
 }  // namespace
 
-class DispatchTest : public panelry::test::Test
+class DispatchTest : public Test
 {
     Q_OBJECT
 
@@ -88,8 +85,6 @@ private Q_SLOTS:
              Operate(1002, "notify", R"("cmd":"-1","bussiness":"")"),
              Operate(1002, "notify", R"("cmd":"99999999999","bussiness":"")")},
             "1002 OnMessage 0 , 1002 OnMessage 7 , 1002 OnMessage 2147483647 ");
-        row("a number as cmd ends the reading: what stood before counts, flags keep their defaults", one,
-            {Operate(1001, "clicked", R"("cmd":5,"always_display":"1")")}, "1 hidden");
         row("what is no operation", one,
             {"notify 0 1001 ", "notify 0 1001 {", R"(notify 0 1001 {"operate":5})", Operate(1001, "Hide"),
              Operate(1001, ""), Operate(1001, "quit"), Operate(-1, "destroyui"), "notify 0 1001 quit ",
@@ -136,6 +131,36 @@ private Q_SLOTS:
             "3001 made, 1 sub-module, 1 no sub-module, 1002 made, 1002 OnMessage 113 {}, "
             "1002 OnMessage 114 {}, 1 OnMessage 777 all, 3001 OnMessage 777 all, 1002 sent 777, "
             "1 hidden, 1 ~module, 1 ~widget, 3001 ~module, 3001 ~widget");
+
+        // What comes back from inside a call.
+        const QString speak = Tell(1001, "send 205 -1 now");
+        const QString onSpeech = "when callback 205 now -> ";
+        const QString destroy = "notify 0 -1 destroyui";
+
+        row("a click on the panel that speaks", framed, {onSpeech + one[0], speak},
+            "callback 205 now, 1 hidden, 1 sent 205");
+        row("destroyui waits until the panel has spoken, what comes behind waits for it", framed,
+            {onSpeech + destroy, speak, one[0]},
+            "callback 205 now, 1 sent 205, 1 hidden, 1 ~module, 1 ~widget, 1 made, 1 shown");
+        row("destroyui while the title is asked for", none,
+            {"when callback 2 component_id=1001 -> " + destroy, framed[0]},
+            "1 made, 1 shown, 1 hidden, 1 ~module, 1 ~widget");
+        row("the host hears of a frame that isn't its component's first", none,
+            {"when callback 205 early -> " + framed[0],
+             Operate(1001, "clicked", R"("need_wrapper":"1","need_display":"1","init_param":"speak early")")},
+            "1 made, callback 205 early, 1 made, 1 shown, 1 shown, callback 1 N");
+        row("a frame closed by its window, then a message to all", framed,
+            {Tell(1001, "close"), Operate(-1, "hide"), one[0]},
+            "1 hidden, 1 ~module, 1 ~widget, 1 made, 1 shown");
+        row("a panel opened as another one is taken down", framed,
+            {"when hidden -> " + Operate(1002, "clicked"), destroy},
+            "1 hidden, 1 ~module, 1 ~widget, 1002 made");
+        row("a panel opened by the last words of another one", one,
+            {Tell(1001, "lastwords now"), onSpeech + Operate(1002, "clicked"), destroy},
+            "1 ~widget, 1 ~module, callback 205 now, 1002 made");
+        row("destroyui in the last words", framed,
+            {Tell(1001, "lastwords now"), onSpeech + destroy, destroy, framed[0]},
+            "1 hidden, 1 ~module, 1 ~widget, callback 205 now, 1 made, 1 shown");
     }
 
     void Operations()
@@ -149,53 +174,6 @@ private Q_SLOTS:
         host.Settle();
         host.Do(messages);
         QTEST(Short(host.SettleBriefly()), "seen");
-    }
-
-    void WhatComesBackFromInsideACall_data()
-    {
-        const Rows<QStringList, QStringList, QString> row("open messages seen");
-        const QString bare = Operate(1001, "clicked");
-        const QString framed = Operate(1001, "clicked", kFramed);
-        const QString speak = Tell(1001, "send 205 -1 now");
-        const QString onSpeech = "when callback 205 now -> ";
-        const QString destroy = "notify 0 -1 destroyui";
-
-        row("a click on the panel that speaks", {framed}, {onSpeech + bare, speak},
-            "callback 205 now, 1 hidden, 1 sent 205");
-        row("destroyui waits until the panel has spoken, what comes behind waits for it", {framed},
-            {onSpeech + destroy, speak, bare},
-            "callback 205 now, 1 sent 205, 1 hidden, 1 ~module, 1 ~widget, 1 made, 1 shown");
-        row("destroyui while the title is asked for", {},
-            {"when callback 2 component_id=1001 -> " + destroy, framed},
-            "1 made, 1 shown, 1 hidden, 1 ~module, 1 ~widget");
-        row("the host hears of a frame that isn't its component's first", {},
-            {"when callback 205 early -> " + framed,
-             Operate(1001, "clicked", R"("need_wrapper":"1","need_display":"1","init_param":"speak early")")},
-            "1 made, callback 205 early, 1 made, 1 shown, 1 shown, callback 1 N");
-        row("a frame closed by its window, then a message to all", {framed},
-            {Tell(1001, "close"), Operate(-1, "hide"), bare},
-            "1 hidden, 1 ~module, 1 ~widget, 1 made, 1 shown");
-        row("a panel opened as another one is taken down", {framed},
-            {"when hidden -> " + Operate(1002, "clicked"), destroy},
-            "1 hidden, 1 ~module, 1 ~widget, 1002 made");
-        row("a panel opened by the last words of another one", {bare},
-            {Tell(1001, "lastwords now"), onSpeech + Operate(1002, "clicked"), destroy},
-            "1 ~widget, 1 ~module, callback 205 now, 1002 made");
-        row("destroyui in the last words", {framed},
-            {Tell(1001, "lastwords now"), onSpeech + destroy, destroy, framed},
-            "1 hidden, 1 ~module, 1 ~widget, callback 205 now, 1 made, 1 shown");
-    }
-
-    void WhatComesBackFromInsideACall()
-    {
-        QFETCH(QStringList, open);
-        QFETCH(QStringList, messages);
-        HostProcess host;
-        QVERIFY(host.StartAndInit());
-        host.Do(open);
-        host.Settle();
-        host.Do(messages);
-        QTEST(Short(host.SettleBriefly()), "seen");
         QVERIFY(host.End({"uninit"}));
     }
 
@@ -204,14 +182,13 @@ private Q_SLOTS:
         HostProcess host;
         QVERIFY(host.StartAndInit());
         QVERIFY(host.Do({Operate(1001, "clicked", kFramed), Tell(1001, "data"),
-                         Tell(1001, "presslater clonebtn_titlebar"),
+                         Tell(1001, "soon press clonebtn_titlebar"),
                          R"(wait 1001#3 Initialize 1001 [] [] {"create_source":"panelry",)"
                          R"("init_data":{"on":"true","名":"值"},"init_param":null,"need_display":"0"})"}));
         host.Settle();
         host.Do(Operate(1001, "show", R"("cmd":"1","bussiness":"")"));
-        QCOMPARE(host.SettleBriefly().join(", "),
-                 QString("1001#2 OnMessage 1 , 1001#3 shown, 1001#3 OnMessage 1 "));
-        QVERIFY(host.Do({Tell(1001, "presslater closebtn_titlebar"), "wait 1001#2 ~widget"}));
+        QCOMPARE(host.SettleBriefly().join(", "), "1001#2 OnMessage 1 , 1001#3 shown, 1001#3 OnMessage 1 ");
+        QVERIFY(host.Do({Tell(1001, "soon press closebtn_titlebar"), "wait 1001#2 ~widget"}));
         host.Do(Operate(1001, "notify", R"("cmd":"1","bussiness":"")"));
         QCOMPARE(host.SettleBriefly(), QStringList("1001#3 OnMessage 1 "));
         QVERIFY(host.End({"uninit"}));
@@ -227,8 +204,8 @@ private Q_SLOTS:
                          "notify 1 1002 behind", "wait OnMessage 114 inside", "release"}));
         // Where the other module dies among these depends on its address.
         QCOMPARE(Short(host.SettleBriefly()).remove(", 1002 ~module"),
-                 QString("1 left the nest, 1 hidden, 1 ~module, 1 ~widget, 1002 made, "
-                         "1002 OnMessage 113 behind, 1002 OnMessage 114 behind"));
+                 "1 left the nest, 1 hidden, 1 ~module, 1 ~widget, 1002 made, "
+                 "1002 OnMessage 113 behind, 1002 OnMessage 114 behind");
         QVERIFY(host.End({"uninit"}));
     }
 };

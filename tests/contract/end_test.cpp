@@ -4,9 +4,7 @@
 #include "support/rows.h"
 #include "support/test.h"
 
-using panelry::test::HostProcess;
-using panelry::test::Rows;
-using panelry::test::Tell;
+using namespace panelry::test;
 
 namespace
 {
@@ -18,7 +16,7 @@ constexpr char kObject[] = R"(notify 1 1002 {})";
 
 }  // namespace
 
-class EndTest : public panelry::test::Test
+class EndTest : public Test
 {
     Q_OBJECT
 
@@ -35,11 +33,11 @@ private Q_SLOTS:
         for (QString line = host.Wait("#"); !line.contains("made"); line = host.Wait("#")) {
             ends.append(line.replace(QRegularExpression("#\\d+ "), " "));
         }
-        QCOMPARE(ends.mid(0, 2).join(", "), QString("1001 hidden, 2001 ~widget"));
+        QCOMPARE(ends.mid(0, 2).join(", "), "1001 hidden, 2001 ~widget");
         ends.sort();
         QCOMPARE(ends.join(", "),
-                 QString("1001 hidden, 1001 ~module, 1001 ~widget, 1002 ~module, 1003 ~module, 2001 ~module, "
-                         "2001 ~widget, 3001 ~module, 3001 ~widget"));
+                 "1001 hidden, 1001 ~module, 1001 ~widget, 1002 ~module, 1003 ~module, 2001 ~module, "
+                 "2001 ~widget, 3001 ~module, 3001 ~widget");
         QVERIFY(host.End({"uninit"}));
     }
 
@@ -92,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(host.Do({"name over", "usage", "init 16 32 1", kFramed, "wait usage", "wait 1001#"}));
         // Nothing of the life before is left: one panel, and the marker of this test.
         host.Settle();
-        QCOMPARE(host.Ask(1001, "alive"), QString("2 modules 1 widgets"));
+        QCOMPARE(host.Ask(1001, "alive"), "2 modules 1 widgets");
         QVERIFY(host.End({"uninit"}));
     }
 
@@ -107,7 +105,7 @@ private Q_SLOTS:
         for (const QString& line : host.Settle().filter("OnMessage 114")) {
             order += line.section(' ', -1) + ' ';
         }
-        QCOMPARE(order, QString("second third "));
+        QCOMPARE(order, "second third ");
         QVERIFY(host.End({"uninit"}));
     }
 

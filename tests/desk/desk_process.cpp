@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <QDeadlineTimer>
@@ -14,18 +13,13 @@
 namespace panelry::test
 {
 
-namespace
-{
-
-constexpr int kPatienceMs = 30000;
-
-}  // namespace
+static constexpr int kPatienceMs = 30000;
 
 DeskProcess::DeskProcess()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    environment.insert(QStringLiteral("XDG_STATE_HOME"), memory.path());
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    environment.insert("XDG_STATE_HOME", memory.path());
     process.setProcessEnvironment(environment);
 }
 
@@ -34,45 +28,27 @@ void DeskProcess::Program::setupChildProcess()
     signal(SIGHUP, ignoresHangUp ? SIG_IGN : SIG_DFL);
 }
 
-void DeskProcess::Start(QStringList arguments, const QString& library, const QString& program)
+void DeskProcess::Start(const QString& arguments, const QString& library, const QString& program)
 {
+    QStringList words = arguments.split(' ', Qt::SkipEmptyParts);
     if (!library.isEmpty()) {
-        arguments << QStringLiteral("--library") << library;
+        words << "--library" << library;
     }
-    process.start(program, arguments);
-}
-
-bool DeskProcess::WaitFor(const char* key, const QString& value)
-{
-    const QDeadlineTimer deadline(kPatienceMs);
-    for (int seen = 0; !deadline.hasExpired();) {
-        TakeLines();
-        for (; seen < lines.size(); ++seen) {
-            if (lines[seen].value(QLatin1String(key)).toString() == value) {
-                return true;
-            }
-        }
-        if (!process.waitForReadyRead(static_cast<int>(deadline.remainingTime())) && !process.canReadLine()) {
-            return false;
-        }
-    }
-    return false;
+    process.start(program, words);
 }
 
 bool DeskProcess::SaysNext(const QByteArray& part)
 {
     const QDeadlineTimer deadline(kPatienceMs);
-    while (!deadline.hasExpired()) {
+    do {
         TakeLines();
         while (m_heard < texts.size()) {
             if (texts[m_heard++].contains(part)) {
                 return true;
             }
         }
-        if (!process.waitForReadyRead(static_cast<int>(deadline.remainingTime())) && !process.canReadLine()) {
-            return false;
-        }
-    }
+    } while (!deadline.hasExpired() &&
+             (process.waitForReadyRead(static_cast<int>(deadline.remainingTime())) || process.canReadLine()));
     return false;
 }
 
@@ -90,13 +66,10 @@ QStringList DeskProcess::Story() const
 {
     QStringList story;
     for (const QJsonObject& line : lines) {
-        QString entry = line[QLatin1String("event")].toString();
+        story << line["event"].toString();
         for (const char* const key : {"reason", "text", "note"}) {
-            if (line.contains(QLatin1String(key))) {
-                entry += QLatin1Char(':') + line[QLatin1String(key)].toString();
-            }
+            story.last() += line.contains(key) ? ':' + line[key].toString() : QString();
         }
-        story << entry;
     }
     return story;
 }
@@ -142,20 +115,6 @@ bool Pipe::IsFull() const
 {
     pollfd room{.fd = ends[1], .events = POLLOUT, .revents = 0};
     return poll(&room, 1, 0) == 0;
-}
-
-QString Text(const char* utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-QStringList Texts(std::initializer_list<const char*> utf8)
-{
-    QStringList texts;
-    for (const char* const text : utf8) {
-        texts << Text(text);
-    }
-    return texts;
 }
 
 QString WriteFile(const QTemporaryDir& directory, const QString& name, const QByteArray& content)

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <signal.h>
+
 #include <QJsonObject>
 #include <QList>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <array>
-#include <initializer_list>
 #include <string>
 
 namespace panelry::test
@@ -17,20 +18,24 @@ class DeskProcess
 public:
     DeskProcess();
 
-    /// Starts it; `library` empty: without --library.
-    void Start(QStringList arguments, const QString& library = QStringLiteral(FAKE_PANELRY),
-               const QString& program = QStringLiteral(DESK_PROGRAM));
+    /// Starts it with arguments that are parted by blanks; `library` empty: without --library.
+    void Start(const QString& arguments, const QString& library = FAKE_PANELRY,
+               const QString& program = DESK_PROGRAM);
 
-    /// Reads until there is a line whose `key` is `value`; false when the program ends or half a minute goes
-    /// by without it.
-    bool WaitFor(const char* key, const QString& value);
-
-    /// Reads on until a line holds `part`; lines that a call has passed are past for the next one.
+    /// Reads on until a line holds `part`; lines that a call has passed are past for the next one. False when
+    /// the program ends or half a minute goes by without it.
     bool SaysNext(const QByteArray& part);
+    /// The same from the first line on.
+    bool Says(const QByteArray& part)
+    {
+        m_heard = 0;
+        return SaysNext(part);
+    }
     /// The line that SaysNext() has just found.
     const QByteArray& Heard() const { return texts[m_heard - 1]; }
 
-    void Type(const char* text) { process.write(text); }
+    void Type(const QByteArray& text) { process.write(text); }
+    void Signal(int signal) const { kill(static_cast<pid_t>(process.processId()), signal); }
 
     /// Reads to the end of the program and returns its exit status, -1 if it was killed or doesn't end.
     int Finish();
@@ -67,18 +72,14 @@ class Pipe
 public:
     Pipe();
     ~Pipe();
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
+    Q_DISABLE_COPY(Pipe)
 
     std::string TakeAll() const;
     bool IsFull() const;
-    QString WritersPath() const { return QStringLiteral("/proc/self/fd/%1").arg(ends[1]); }
+    QString WritersPath() const { return QString("/proc/self/fd/%1").arg(ends[1]); }
 
     std::array<int, 2> ends{};
 };
-
-QString Text(const char* utf8);
-QStringList Texts(std::initializer_list<const char*> utf8);
 
 /// Writes a file in `directory` and returns its path.
 QString WriteFile(const QTemporaryDir& directory, const QString& name, const QByteArray& content);

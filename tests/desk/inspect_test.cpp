@@ -10,39 +10,34 @@
 #include "support/rows.h"
 #include "support/test.h"
 
-using panelry::test::DeskProcess;
-using panelry::test::Rows;
-using panelry::test::Text;
-using panelry::test::Texts;
-using panelry::test::WriteFile;
+using namespace panelry::test;
 
 namespace
 {
 
-void CopyModule(const QTemporaryDir& host, const char* library, const char* name)
+void CopyModule(const QTemporaryDir& host, const QString& library, const QString& name)
 {
-    const QString path = WriteFile(host, QStringLiteral("adsplugins/") + Text(name), "");
-    QVERIFY(QFile::remove(path) && QFile::copy(Text(library), path));
+    const QString path = WriteFile(host, "adsplugins/" + name, "");
+    QVERIFY(QFile::remove(path) && QFile::copy(library, path));
 }
 
-QString Inspect(const QString& directory, int& status)
+QString Inspect(const QString& directory, int wantedStatus)
 {
     DeskProcess desk;
-    desk.Start({QStringLiteral("--inspect"), directory}, {});
-    status = desk.Finish();
-    return desk.brokenLines.join(QString());
+    desk.Start("--inspect " + directory, "");
+    return desk.Finish() == wantedStatus ? desk.brokenLines.join(QString()) : "! another exit status";
 }
 
 // The verdicts on a file, with what is said, blanks folded.
 QStringList VerdictsOn(const QString& report, const QString& file)
 {
     QStringList verdicts;
-    for (const QString& line : report.split(QLatin1Char('\n'))) {
+    for (const QString& line : report.split('\n')) {
         const QString folded = line.simplified();
-        const bool isFault = folded.startsWith(QLatin1String("! "));
+        const bool isFault = folded.startsWith("! ");
         const QString verdict = folded.mid(isFault ? 2 : 0);
-        if (verdict.startsWith(file + QLatin1Char(' '))) {
-            verdicts << (isFault ? Text("!") : QString()) + verdict.mid(file.size() + 1);
+        if (verdict.startsWith(file + ' ')) {
+            verdicts << (isFault ? "!" : QString()) + verdict.mid(file.size() + 1);
         }
     }
     return verdicts;
@@ -51,7 +46,7 @@ QStringList VerdictsOn(const QString& report, const QString& file)
 // Whether each text begins as it should; `expected` has "|" between the beginnings.
 bool Begin(const QStringList& texts, const QString& expected)
 {
-    const QStringList beginnings = expected.split(QLatin1Char('|'));
+    const QStringList beginnings = expected.split('|');
     return std::equal(
         texts.begin(), texts.end(), beginnings.begin(), beginnings.end(),
         [](const QString& text, const QString& beginning) { return text.startsWith(beginning); });
@@ -59,52 +54,43 @@ bool Begin(const QStringList& texts, const QString& expected)
 
 }  // namespace
 
-class InspectTest : public panelry::test::Test
+class InspectTest : public Test
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void aModule_data()
     {
-        QTest::addColumn<QByteArray>("library");
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QString>("expected");  // the beginnings of the verdicts, "|" between them
-        const auto row = [](const char* library, const char* name, const char* expected) {
-            QTest::newRow(
-                qPrintable(Text(library).section(QLatin1Char('/'), -1) + QStringLiteral(" as ") + Text(name)))
-                << QByteArray(library) << QByteArray(name) << Text(expected);
-        };
-        row(FAKE_MODULE, "good.so", "taken 7001 \"One\"|taken 7002 \"Two\"");
-        row(FAKE_MODULE, "large_id.so", "taken 7001 \"One\"|!warning 2147483648 \"Two\": the id is negative");
-        row(FAKE_MODULE, "null.so", "!skipped GetModuleInfo returns null");
-        row(FAKE_MODULE, "empty.so", "!skipped GetModuleInfo returns an empty vector");
-        row(FAKE_MODULE, "crash.so", "!fatal loading it ends the process: signal 6");
-        row(FAKE_MODULE, "exit.so", "!fatal loading it ends the process, with exit status 3");
-        row(FAKE_MODULE, "good.SO", "!skipped doesn't end in \".so\"");
-        row(FAKE_PANELRY, "host.so", "!skipped CreateModule isn't exported");
-        row(DEMO_SCRIPT, "demo.so", "!skipped doesn't load: ");
-        row(DEMO_SCRIPT, "demo.jsonl", "skipped doesn't end in \".so\"");
-        row(FAKE_MODULE_OTHER_ABI, "other.so",
+        // Named as the file; `expected`: the beginnings of the verdicts, "|" between them.
+        const Rows<const char*, const char*> row("library expected");
+        row("good.so", FAKE_MODULE, "taken 7001 \"One\"|taken 7002 \"Two\"");
+        row("large_id.so", FAKE_MODULE, "taken 7001 \"One\"|!warning 2147483648 \"Two\": the id is negative");
+        row("null.so", FAKE_MODULE, "!skipped GetModuleInfo returns null");
+        row("empty.so", FAKE_MODULE, "!skipped GetModuleInfo returns an empty vector");
+        row("crash.so", FAKE_MODULE, "!fatal loading it ends the process: signal 6");
+        row("exit.so", FAKE_MODULE, "!fatal loading it ends the process, with exit status 3");
+        row("good.SO", FAKE_MODULE, "!skipped doesn't end in \".so\"");
+        row("host.so", FAKE_PANELRY, "!skipped CreateModule isn't exported");
+        row("demo.so", DEMO_SCRIPT, "!skipped doesn't load: ");
+        row("demo.jsonl", DEMO_SCRIPT, "skipped doesn't end in \".so\"");
+        row("other.so", FAKE_MODULE_OTHER_ABI,
             "!warning is loaded although it was built for something else, so it wasn't asked what it offers: "
-            "cxxabi is 1, "
-            "here ");
-        row(FAKE_MODULE_INCOMPLETE, "incomplete.so",
+            "cxxabi is 1, here ");
+        row("incomplete.so", FAKE_MODULE_INCOMPLETE,
             "taken 7001 \"One\"|taken 7002 \"Two\"|!warning ends the host when it calls what is missing: |"
             "!warning doesn't say what it was built for");
     }
 
     void aModule()
     {
-        QFETCH(QByteArray, library);
-        QFETCH(QByteArray, name);
+        QFETCH(QString, library);
         QFETCH(QString, expected);
         const QTemporaryDir host;
-        CopyModule(host, library.constData(), name.constData());
-        int status = -1;
-        const QString report = Inspect(host.path(), status);
-        QVERIFY2(Begin(VerdictsOn(report, Text(name)), expected), qPrintable(report));
-        QCOMPARE(status, expected.contains(QLatin1Char('!')) ? 1 : 0);
-        QVERIFY2(!report.contains(Text("a module may write")), qPrintable(report));
+        const QString file = QTest::currentDataTag();
+        CopyModule(host, library, file);
+        const QString report = Inspect(host.path(), expected.contains('!') ? 1 : 0);
+        QVERIFY2(Begin(VerdictsOn(report, file), expected), qPrintable(report));
+        QVERIFY2(!report.contains("a module may write"), qPrintable(report));
     }
 
     void theFirstLibraryKeepsAnId()
@@ -112,68 +98,57 @@ private Q_SLOTS:
         const QTemporaryDir host;
         CopyModule(host, FAKE_MODULE, "a.so");
         CopyModule(host, FAKE_MODULE, "b.so");
-        int status = -1;
-        const QString report = Inspect(host.filePath(QStringLiteral("adsplugins")), status);
+        const QString report = Inspect(host.filePath("adsplugins"), 1);
         // Which one comes first is the directory's affair.
-        QStringList files{QStringLiteral("a.so"), QStringLiteral("b.so")};
+        QStringList files{"a.so", "b.so"};
         if (report.indexOf(files[1]) < report.indexOf(files[0])) {
             files.swapItemsAt(0, 1);
         }
-        QCOMPARE(VerdictsOn(report, files[0]), Texts({"taken 7001 \"One\"", "taken 7002 \"Two\""}));
+        QCOMPARE(VerdictsOn(report, files[0]), QStringList({"taken 7001 \"One\"", "taken 7002 \"Two\""}));
         QCOMPARE(VerdictsOn(report, files[1]),
-                 QStringList() << Text("!ignored 7001 \"One\": offered by %1 before").arg(files[0])
-                               << Text("!ignored 7002 \"Two\": offered by %1 before").arg(files[0]));
-        QCOMPARE(status, 1);
+                 QStringList({"!ignored 7001 \"One\": offered by " + files[0] + " before",
+                              "!ignored 7002 \"Two\": offered by " + files[0] + " before"}));
     }
 
     void entriesThatAreNoModules()
     {
         const QTemporaryDir host;
-        const QString inside = WriteFile(host, QStringLiteral("adsplugins/folder.so/x"), "");
-        QVERIFY(symlink("nowhere", qPrintable(host.filePath(QStringLiteral("adsplugins/lost.so")))) == 0);
-        QVERIFY(symlink("loop.so", qPrintable(host.filePath(QStringLiteral("adsplugins/loop.so")))) == 0);
-        QVERIFY(mkfifo(qPrintable(host.filePath(QStringLiteral("adsplugins/pipe"))), 0600) == 0);
-        int status = -1;
-        QString report = Inspect(host.path(), status);
-        QCOMPARE(VerdictsOn(report, QStringLiteral("pipe")), Texts({"skipped doesn't end in \".so\""}));
-        QCOMPARE(VerdictsOn(report, QStringLiteral("folder.so")), Texts({"skipped is a directory"}));
-        QCOMPARE(VerdictsOn(report, QStringLiteral("lost.so")),
-                 Texts({"!skipped is a link that leads nowhere"}));
-        QVERIFY2(Begin(VerdictsOn(report, QStringLiteral("loop.so")), Text("!fatal can't be looked at")),
-                 qPrintable(report));
-        report = Inspect(inside, status);  // a file in the place of the directory
-        QVERIFY2(report.contains(Text("! x  fatal    can't be read as a directory")), qPrintable(report));
-        report = Inspect(host.filePath(QStringLiteral("nothing/adsplugins")), status);
-        QVERIFY2(report.contains(Text("! adsplugins  missing  there is no such directory")),
-                 qPrintable(report));
-        QCOMPARE(status, 1);
+        const QString inside = WriteFile(host, "adsplugins/folder.so/x", "");
+        QVERIFY(symlink("nowhere", qPrintable(host.filePath("adsplugins/lost.so"))) == 0);
+        QVERIFY(symlink("loop.so", qPrintable(host.filePath("adsplugins/loop.so"))) == 0);
+        QVERIFY(mkfifo(qPrintable(host.filePath("adsplugins/pipe")), 0600) == 0);
+        QString report = Inspect(host.path(), 1);
+        QCOMPARE(VerdictsOn(report, "pipe"), QStringList({"skipped doesn't end in \".so\""}));
+        QCOMPARE(VerdictsOn(report, "folder.so"), QStringList({"skipped is a directory"}));
+        QCOMPARE(VerdictsOn(report, "lost.so"), QStringList({"!skipped is a link that leads nowhere"}));
+        QVERIFY2(Begin(VerdictsOn(report, "loop.so"), "!fatal can't be looked at"), qPrintable(report));
+        report = Inspect(inside, 1);  // a file in the place of the directory
+        QVERIFY2(report.contains("! x  fatal    can't be read as a directory"), qPrintable(report));
+        report = Inspect(host.filePath("nothing/adsplugins"), 1);
+        QVERIFY2(report.contains("! adsplugins  missing  there is no such directory"), qPrintable(report));
     }
 
     void aHostWithoutFault()
     {
         const QTemporaryDir host;
         CopyModule(host, FAKE_MODULE, "good.so");
-        WriteFile(host, QStringLiteral("userconfig/config.json"), "{}");
-        int status = -1;
-        const QString report = Inspect(host.path(), status);
-        QCOMPARE(status, 0);
-        QVERIFY2(!report.contains(QLatin1Char('!')) && report.contains(Text("no fault found")),
-                 qPrintable(report));
-        WriteFile(host, QStringLiteral("sysconfig/color.json"), "{\"a\":");
-        QVERIFY(Inspect(host.path(), status).contains(Text("! sysconfig/color.json")));
-        QCOMPARE(status, 1);
+        WriteFile(host, "userconfig/config.json", "{}");
+        const QString report = Inspect(host.path(), 0);
+        QVERIFY2(!report.contains('!') && report.contains("no fault found"), qPrintable(report));
+        WriteFile(host, "sysconfig/color.json", "{\"a\":");
+        QVERIFY(Inspect(host.path(), 1).contains("! sysconfig/color.json"));
     }
 
     // A reader that trusts what a broken file says about itself reads past its end.
     void aBrokenFileHasNoNote()
     {
-        QFile file(QStringLiteral(FAKE_MODULE_OTHER_ABI));
+        QFile file(FAKE_MODULE_OTHER_ABI);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray whole = file.readAll();
         const QTemporaryDir directory;
         const std::string note = "cxxabi=1;qt=6;sdk=1";
         const auto noteOf = [&](const QByteArray& content) {
-            const QString path = WriteFile(directory, QStringLiteral("broken.so"), content);
+            const QString path = WriteFile(directory, "broken.so", content);
             return panelry::desk::ReadAbiNote(path.toStdString());
         };
         for (int size = 0; size < 4096; size += 13) {  // headers and notes stand in front
@@ -182,9 +157,8 @@ private Q_SLOTS:
         }
         QVERIFY(!noteOf(whole.left(64)));
         QVERIFY(noteOf(whole) == note);
-        const int name =
-            whole.indexOf(QByteArray("Panelry", 8));  // behind the sizes of name and text, and the type
-        for (const int size : {name - 12, name - 8}) {
+        const int name = whole.indexOf(QByteArray("Panelry", 8));
+        for (const int size : {name - 12, name - 8}) {  // of the name and of the text, ahead of the type
             QVERIFY(!noteOf(QByteArray(whole).replace(size, 4, "\xff\xff\xff\x7f")));
         }
     }
@@ -209,8 +183,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
         const QTemporaryDir host;
-        WriteFile(host, QStringLiteral("sysconfig/config.json"), content);
-        WriteFile(host, QStringLiteral("sysconfig/color.json/is_a_directory"), "");
+        WriteFile(host, "sysconfig/config.json", content);
+        WriteFile(host, "sysconfig/color.json/is_a_directory", "");
         QStringList others;
         QStringList found;
         for (const panelry::desk::Finding& finding :
@@ -219,9 +193,9 @@ private Q_SLOTS:
             QVERIFY(!isMain || finding.isFault == (finding.verdict == "fatal"));
             (isMain ? found : others) << QString::fromStdString(finding.verdict + ' ' + finding.text);
         }
-        QVERIFY2(Begin(found, expected), qPrintable(found.join(QLatin1Char('|'))));
-        QCOMPARE(others, Texts({"missing none is needed",
-                                "missing is there, but can't be read as a file: not used"}));
+        QVERIFY2(Begin(found, expected), qPrintable(found.join('|')));
+        QCOMPARE(others, QStringList({"missing none is needed",
+                                      "missing is there, but can't be read as a file: not used"}));
     }
 };
 

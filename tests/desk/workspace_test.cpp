@@ -9,12 +9,11 @@
 #include "support/test.h"
 
 using namespace panelry::desk;
-using panelry::test::Rows;
-using panelry::test::WriteFile;
+using namespace panelry::test;
 using std::chrono::milliseconds;
 
 /// What a workspace file says, and how events look.
-class WorkspaceTest : public panelry::test::Test
+class WorkspaceTest : public Test
 {
     Q_OBJECT
 
@@ -22,7 +21,7 @@ private Q_SLOTS:
     void aWorkspaceIsReadWhole()
     {
         const QTemporaryDir directory;
-        const Workspace workspace = ReadWorkspace(WriteFile(directory, QStringLiteral("mine.json"), R"({
+        const Workspace workspace = ReadWorkspace(WriteFile(directory, "mine.json", R"({
             "title": "t", "script": "a.jsonl", "state": "/s/kept.sqlite",
             "panels": [{"id": 1, "title": "one", "init": {"b": 1, "a": [2]}}, {"id": 2, "open": false}, {"id": 3}],
             "market": {"securities": "s.json", "speed": 0.5, "start": "10:00", "rate": 7, "seed": 9},
@@ -54,12 +53,12 @@ private Q_SLOTS:
         QFETCH(QByteArray, text);
         QFETCH(QString, reason);
         const QTemporaryDir directory;
-        const QString file = WriteFile(directory, QStringLiteral("bad.json"), text);
+        const QString file = WriteFile(directory, "bad.json", text);
         try {
             (void)ReadWorkspace(file.toStdString());
             QFAIL("it was read");
         } catch (const std::runtime_error& error) {
-            QCOMPARE(QString::fromUtf8(error.what()), file + QStringLiteral(": ") + reason);
+            QCOMPARE(QString::fromUtf8(error.what()), file + ": " + reason);
         }
     }
 

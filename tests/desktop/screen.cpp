@@ -3,24 +3,17 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QPixmap>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QScreen>
 #include <algorithm>
+
+#include "support/host_process.h"
 
 namespace panelry::test::screen
 {
 
 namespace
 {
-
-QString Output(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.waitForFinished();
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
 
 QStringList Words(const QString& text)
 {
@@ -32,14 +25,14 @@ QStringList Words(const QString& text)
 QStringList Windows(const QString& title)
 {
     return Words(
-        Output(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                           QStringLiteral("--name"), QStringLiteral("^%1$").arg(title)}));
+        OutputOf(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                             QStringLiteral("--name"), QStringLiteral("^%1$").arg(title)}));
 }
 
 QRect Geometry(const QString& window)
 {
-    const QString text = Output(QStringLiteral("xdotool"),
-                                {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
+    const QString text = OutputOf(QStringLiteral("xdotool"),
+                                  {QStringLiteral("getwindowgeometry"), QStringLiteral("--shell"), window});
     const auto number = [&text](const char* name) {
         const QRegularExpression line(QStringLiteral("%1=(-?\\d+)").arg(QLatin1String(name)));
         return line.match(text).captured(1).toInt();
@@ -49,19 +42,19 @@ QRect Geometry(const QString& window)
 
 QString Property(const QString& window, const QString& name)
 {
-    return Output(QStringLiteral("xprop"), {QStringLiteral("-id"), window, name});
+    return OutputOf(QStringLiteral("xprop"), {QStringLiteral("-id"), window, name});
 }
 
 QString Topmost()
 {
-    const QString stacking = Output(QStringLiteral("xprop"),
-                                    {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST_STACKING")});
+    const QString stacking = OutputOf(QStringLiteral("xprop"),
+                                      {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST_STACKING")});
     return QString::number(stacking.section(QStringLiteral("0x"), -1).toULongLong(nullptr, 16));
 }
 
 void Do(const QString& words)
 {
-    Output(QStringLiteral("xdotool"), Words(words));
+    OutputOf(QStringLiteral("xdotool"), Words(words));
 }
 
 void Drag(const QPoint& from, const QPoint& to, int button)

@@ -1,15 +1,18 @@
+#include <algorithm>
 #include <map>
 #include <sstream>
 
 #include "desk/exchange/crowd.h"
 #include "desk/exchange/tape.h"
 #include "exchange/stage.h"
+#include "support/rows.h"
 #include "support/test.h"
 
 using namespace panelry::desk;
 using namespace std::chrono_literals;
 using panelry::desk::test::ShippedListing;
 using panelry::desk::test::Time;
+using panelry::test::Rows;
 
 namespace
 {
@@ -81,9 +84,9 @@ public:
         Expect(!isTrade || quote.bids[0].price == 0 || quote.asks[0].price == 0 ||
                    quote.bids[0].price < quote.asks[0].price,
                "the book is crossed", listed);
-        for (int level = 0; level < 5; ++level) {
-            CheckLevel(listed, quote, quote.bids, static_cast<std::size_t>(level), -1);
-            CheckLevel(listed, quote, quote.asks, static_cast<std::size_t>(level), 1);
+        for (std::size_t level = 0; level < 5; ++level) {
+            CheckLevel(listed, quote, quote.bids, level, -1);
+            CheckLevel(listed, quote, quote.asks, level, 1);
         }
         CheckPrice(listed, quote, quote.last);
         Expect(quote.low <= quote.last && quote.last <= quote.high, "the last price is beyond the day's",
@@ -180,107 +183,100 @@ class RandomRunTest : public panelry::test::Test
     Q_OBJECT
 
 private Q_SLOTS:
-    void NothingImpossibleHappens();
-    void EveryDealHasABuyerAndASeller();
-    void AQuotesRateIsKept_data();
-    void AQuotesRateIsKept();
-    void TheSameTapeWhateverTheSteps();
+    void NothingImpossibleHappens()
+    {
+        Exchange exchange(ShippedListing(), {11, 300, 1});
+        RandomUser user(12);
+        Watcher watcher(exchange, user);
+        exchange.SetListener(&watcher);
+        Dice dice(13);
+        while (exchange.Now() < Time("3/09:35")) {
+            exchange.AdvanceTo({exchange.Now().day,
+                                exchange.Now().ofDay + 20s + std::chrono::milliseconds(dice.Below(999))});
+            user.Act(exchange);
+            if (dice.OneIn(200)) {
+                exchange.RunToLimit(static_cast<std::size_t>(dice.Below(100)),
+                                    dice.OneIn(2) ? Side::Buy : Side::Sell);
+            }
+            if (dice.OneIn(100)) {
+                const auto security = static_cast<std::size_t>(dice.Below(100));
+                exchange.SetSuspended(security, !exchange.QuoteOf(security).suspended);
+            }
+        }
+        QCOMPARE(watcher.fault, QString());
+        QVERIFY(watcher.quotes > 5'000'000 && watcher.dealt > 0);
+        for (const auto& [id, sent] : user.sent) {
+            const bool isOld = id < exchange.NextOrderId() / 2;
+            QVERIFY2(!isOld || sent.isGone || sent.dealt == sent.order.quantity, "an order outlived its day");
+        }
+    }
+
+    // With nobody but users in the market, all that was traded was dealt to two of their orders.
+    void EveryDealHasABuyerAndASeller()
+    {
+        Exchange exchange(ShippedListing(), {1, 0, 1});
+        RandomUser user(21, false);
+        Watcher watcher(exchange, user);
+        exchange.SetListener(&watcher);
+        for (std::chrono::seconds time = 9h + 15min; time < 15h; time += 1s) {
+            exchange.AdvanceTo({1, time});
+            user.Act(exchange);
+        }
+        exchange.AdvanceTo(Time("15:00"));
+        Quantity volume = 0;
+        for (std::size_t i = 0; i < exchange.Securities().securities.size(); ++i) {
+            volume += exchange.QuoteOf(i).volume;
+        }
+        QCOMPARE(watcher.fault, QString());
+        QVERIFY(volume > 0);
+        QCOMPARE(watcher.dealt, 2 * volume);
+    }
+
+    void AQuotesRateIsKept_data()
+    {
+        const Rows<double> row("rate");
+        row("slow", 20.0);
+        row("usual", 200.0);
+        row("fast", 20'000.0);
+    }
+    void AQuotesRateIsKept()
+    {
+        QFETCH(double, rate);
+        Exchange exchange(ShippedListing(), {2, 200, 1});
+        exchange.AdvanceTo(Time("10:00"));
+        RandomUser nobody(1);
+        Watcher watcher(exchange, nobody);
+        exchange.SetListener(&watcher);
+        exchange.SetRate(rate);
+        exchange.AdvanceTo(Time("10:01"));
+        const double kept = static_cast<double>(watcher.quotes) / 60 / rate;
+        QVERIFY2(kept > 0.95 && kept < 1.05, qPrintable(QString::number(kept)));
+
+        std::int64_t levels = 0;
+        int books = 0;
+        for (std::size_t i = 0; i < exchange.Securities().securities.size(); ++i) {
+            const auto count = [](const auto& side) {
+                return std::count_if(side.begin(), side.end(), [](Level level) { return level.price > 0; });
+            };
+            const auto shown = count(exchange.QuoteOf(i).bids) + count(exchange.QuoteOf(i).asks);
+            levels += shown;
+            books += shown > 0 ? 1 : 0;
+        }
+        QVERIFY(books > 250);
+        QVERIFY2(levels > books * 9, "books are thinner than five levels a side");
+    }
+
+    void TheSameTapeWhateverTheSteps()
+    {
+        const std::string tape = TapeOf(1, 24h);
+        QVERIFY(tape.size() > 1'000'000);
+        QVERIFY(tape.find(" deal ") != std::string::npos && tape.find(" gone ") != std::string::npos);
+        QVERIFY(TapeOf(1, 24h) == tape);
+        QVERIFY(TapeOf(1, 7ms) == tape);
+        QVERIFY(TapeOf(1, 1'234ms) == tape);
+        QVERIFY(TapeOf(2, 24h) != tape);
+    }
 };
-
-void RandomRunTest::NothingImpossibleHappens()
-{
-    Exchange exchange(ShippedListing(), {11, 300, 1});
-    RandomUser user(12);
-    Watcher watcher(exchange, user);
-    exchange.SetListener(&watcher);
-    Dice dice(13);
-    while (exchange.Now() < Time("3/09:35")) {
-        exchange.AdvanceTo(
-            {exchange.Now().day, exchange.Now().ofDay + 20s + std::chrono::milliseconds(dice.Below(999))});
-        user.Act(exchange);
-        if (dice.OneIn(200)) {
-            exchange.RunToLimit(static_cast<std::size_t>(dice.Below(100)),
-                                dice.OneIn(2) ? Side::Buy : Side::Sell);
-        }
-        if (dice.OneIn(100)) {
-            const auto security = static_cast<std::size_t>(dice.Below(100));
-            exchange.SetSuspended(security, !exchange.QuoteOf(security).suspended);
-        }
-    }
-    QCOMPARE(watcher.fault, QString());
-    QVERIFY(watcher.quotes > 5'000'000 && watcher.dealt > 0);
-    for (const auto& [id, sent] : user.sent) {
-        const bool isOld = id < exchange.NextOrderId() / 2;
-        QVERIFY2(!isOld || sent.isGone || sent.dealt == sent.order.quantity, "an order outlived its day");
-    }
-}
-
-// With nobody but users in the market, all that was traded was dealt to two of their orders.
-void RandomRunTest::EveryDealHasABuyerAndASeller()
-{
-    Exchange exchange(ShippedListing(), {1, 0, 1});
-    RandomUser user(21, false);
-    Watcher watcher(exchange, user);
-    exchange.SetListener(&watcher);
-    for (std::chrono::seconds time = 9h + 15min; time < 15h; time += 1s) {
-        exchange.AdvanceTo({1, time});
-        user.Act(exchange);
-    }
-    exchange.AdvanceTo(Time("15:00"));
-    Quantity volume = 0;
-    for (std::size_t i = 0; i < exchange.Securities().securities.size(); ++i) {
-        volume += exchange.QuoteOf(i).volume;
-    }
-    QCOMPARE(watcher.fault, QString());
-    QVERIFY(volume > 0);
-    QCOMPARE(watcher.dealt, 2 * volume);
-}
-
-void RandomRunTest::AQuotesRateIsKept_data()
-{
-    QTest::addColumn<double>("rate");
-    QTest::newRow("slow") << 20.0;
-    QTest::newRow("usual") << 200.0;
-    QTest::newRow("fast") << 20'000.0;
-}
-
-void RandomRunTest::AQuotesRateIsKept()
-{
-    QFETCH(double, rate);
-    Exchange exchange(ShippedListing(), {2, 200, 1});
-    exchange.AdvanceTo(Time("10:00"));
-    RandomUser nobody(1);
-    Watcher watcher(exchange, nobody);
-    exchange.SetListener(&watcher);
-    exchange.SetRate(rate);
-    exchange.AdvanceTo(Time("10:01"));
-    const double kept = static_cast<double>(watcher.quotes) / 60 / rate;
-    QVERIFY2(kept > 0.95 && kept < 1.05, qPrintable(QString::number(kept)));
-
-    int levels = 0;
-    int books = 0;
-    for (std::size_t i = 0; i < exchange.Securities().securities.size(); ++i) {
-        const Quote& quote = exchange.QuoteOf(i);
-        const bool hasBook = quote.bids[0].price > 0 || quote.asks[0].price > 0;
-        books += hasBook ? 1 : 0;
-        for (std::size_t level = 0; level < 5; ++level) {
-            levels += (quote.bids[level].price > 0 ? 1 : 0) + (quote.asks[level].price > 0 ? 1 : 0);
-        }
-    }
-    QVERIFY(books > 250);
-    QVERIFY2(levels > books * 9, "books are thinner than five levels a side");
-}
-
-void RandomRunTest::TheSameTapeWhateverTheSteps()
-{
-    const std::string tape = TapeOf(1, 24h);
-    QVERIFY(tape.size() > 1'000'000);
-    QVERIFY(tape.find(" deal ") != std::string::npos && tape.find(" gone ") != std::string::npos);
-    QVERIFY(TapeOf(1, 24h) == tape);
-    QVERIFY(TapeOf(1, 7ms) == tape);
-    QVERIFY(TapeOf(1, 1'234ms) == tape);
-    QVERIFY(TapeOf(2, 24h) != tape);
-}
 
 PANELRY_TEST(RandomRunTest)
 #include "random_run_test.moc"

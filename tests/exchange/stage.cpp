@@ -43,7 +43,6 @@ std::shared_ptr<const Listing> SmallListing()
     auto listing = std::make_shared<Listing>();
     listing->securities = {
         Listed("600001", 17, SecurityKind::Stock, 10'000, 10, 100),
-        Listed("600002", 17, SecurityKind::Stock, 2'000, 5, 100),
         Listed("600003", 17, SecurityKind::Stock, 1'000, 10, 100),
         Listed("605001", 17, SecurityKind::Stock, 20'000, 0, 100),
         Listed("688001", 22, SecurityKind::Star, 50'000, 20, 1),
@@ -61,8 +60,8 @@ std::shared_ptr<const Listing> SmallListing()
             security.maximum = 100'000;
         }
     }
-    listing->securities[6].maximum = 300'000;
-    listing->securities[10].step = 50;
+    listing->securities[5].maximum = 300'000;
+    listing->securities[9].step = 50;
     return listing;
 }
 
@@ -103,8 +102,10 @@ void Stage::Step(const std::string& step)
     const std::string& verb = words.at(0);
     if (verb == "buy" || verb == "sell") {
         const Side side = verb == "buy" ? Side::Buy : Side::Sell;
-        const Price price = words.at(1)[0] == '-' ? -1 : ReadPrice(words.at(1)).value();
-        Order(side, {m_security, side, price, number(2), words.size() > 3 ? number(3) : 0});
+        const std::string at = words.size() > 1 ? words[1] : "10.00";
+        const Price price = at[0] == '-' ? -1 : ReadPrice(at).value();
+        Order(side, {m_security, side, price, words.size() > 2 ? number(2) : 100,
+                     words.size() > 3 ? number(3) : 0});
     } else if (verb == "cancel") {
         Say(exchange.Cancel(static_cast<OrderId>(number(1))) ? "" : "cancel fails");
     } else if (verb == "fill") {
@@ -182,7 +183,7 @@ void Stage::Say(const std::string& text)
 
 void Stage::OnDeal(OrderId order, Price price, Quantity quantity)
 {
-    Say("deal " + std::to_string(order) + " " + Text(price) + " " + std::to_string(quantity));
+    Say(std::to_string(order) + ": " + Text(price) + "x" + std::to_string(quantity));
 }
 
 void Stage::OnGone(OrderId order)

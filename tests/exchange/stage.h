@@ -17,12 +17,13 @@ MarketTime Time(const std::string& text);
 
 /// An exchange with SmallListing() and, until "rate", no crowd, that plays lines like
 ///
-///   "09:31; buy 10.00 300; sell 10.00 200; book"
+///   "09:31; buy 10.00 300; sell 9.99; book"
 ///
-/// and tells what came of them, parted by "; ". Steps: a time; "on CODE" (the security of what follows, at
-/// first 600001), "nowhere" (none that is listed); "buy|sell PRICE QUANTITY [HELD]"; "cancel ID"; "fill ID
-/// QUANTITY PARTS"; "up", "down" (runs to the limit); "suspend", "resume"; "rate N"; "book"; "day" (open,
-/// high, low, last, volume, turnover); "limits"; "phases" (tells them from here on).
+/// and tells what came of them, parted by "; ", a deal as "ID: PRICExQUANTITY". Steps: a time; "on CODE" (the
+/// security of what follows, at first 600001), "nowhere" (none that is listed); "buy|sell [PRICE [QUANTITY
+/// [HELD]]]" (else 10.00, 100 and 0); "cancel ID"; "fill ID QUANTITY PARTS"; "up", "down" (runs to the limit);
+/// "suspend", "resume"; "rate N"; "book"; "day" (open, high, low, last, volume, turnover); "limits"; "phases"
+/// (tells them from here on).
 class Stage : private ExchangeListener
 {
 public:

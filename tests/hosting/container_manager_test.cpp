@@ -9,10 +9,7 @@
 #include "resources/embedded.h"
 #include "support/test.h"
 
-using panelry::test::FakeHost;
-using panelry::test::FakeModule;
-using panelry::test::kOffscreenWarning;
-using panelry::test::ObjectModule;
+using namespace panelry::test;
 
 namespace
 {
@@ -26,7 +23,7 @@ class Office
 public:
     Office()
     {
-        panelry::test::EnterModuleFolder();
+        EnterModuleFolder();
         channel.make = [this](const InstanceInfo& info) { return Make(info); };
         manager = ContainerManager::Instance(true);
     }
@@ -41,20 +38,13 @@ public:
 
     void Say(int id, const char* text) { manager->OnOperateFromDealDesk(id, text); }
 
-    /// The module of a name; null when there is none, or no longer.
-    FakeModule* Module(char name) const
-    {
-        const auto made = modules.find(name);
-        return made == modules.end() ? nullptr : made->second;
-    }
     ContainerWidget* Frame(char name) const
     {
-        FakeModule* const module = Module(name);
-        return module && module->widget ? qobject_cast<ContainerWidget*>(module->widget->window()) : nullptr;
+        return qobject_cast<ContainerWidget*>(modules.at(name)->widget->window());
     }
     QPushButton* Button(char name, const char* button) const
     {
-        return Frame(name)->findChild<QPushButton*>(QLatin1String(button));
+        return Frame(name)->findChild<QPushButton*>(button);
     }
     bool CloneEnabled(char name) const { return Button(name, "clonebtn_titlebar")->isEnabled(); }
 
@@ -72,7 +62,7 @@ public:
     }
 
     FakeHost host;
-    panelry::test::Channel channel;
+    Channel channel;
     ContainerManager* manager = nullptr;
     std::map<char, FakeModule*> modules;
     QString log;
@@ -85,9 +75,7 @@ private:
         module->name = QLatin1Char(m_name);
         module->log = &log;
         if (info.module_id != 3) {
-            module->widget = new QWidget;
-            module->widget->setProperty("nwidth", 200);
-            module->widget->setProperty("nheight", 150);
+            module->MakeWidget();
             module->widget->setProperty("property_support_clone", true);
         }
         modules[m_name] = module;
@@ -104,7 +92,7 @@ constexpr char kHiddenFrame[] = R"({"need_wrapper": "1"})";
 
 }  // namespace
 
-class ContainerManagerTest : public panelry::test::Test
+class ContainerManagerTest : public Test
 {
     Q_OBJECT
 
@@ -129,9 +117,8 @@ private Q_SLOTS:
             for (int i = 0; i <= windows; ++i) {    // frames and bare widgets in turn
                 const bool isOther = i == windows;  // another component is not in the way
                 office.manager->CreateContainer(isOther ? 2 : 1, nullptr, i % 2 == 0 ? kHiddenFrame : "");
-                office.Module(static_cast<char>('b' + i))
-                    ->widget->window()
-                    ->move(at + QPoint(beyond > 0 ? -210 - 10 * i : 210 + 10 * i, 10 * i));
+                QWidget& made = *office.modules.at(static_cast<char>('b' + i))->widget;
+                made.window()->move(at + QPoint(beyond > 0 ? -210 - 10 * i : 210 + 10 * i, 10 * i));
             }
             office.manager->CreateContainer(1, source, kHiddenFrame);
             return office.Frame(static_cast<char>('c' + windows))->pos() - at;
@@ -144,7 +131,7 @@ private Q_SLOTS:
 
     void HostHearsOfFramedClones()
     {
-        ExpectWarning(QLatin1String(kOffscreenWarning));
+        ExpectWarning(kOffscreenWarning);
         Office office;
         QStringList told;
         office.host.answer = [&](int code, void* data) {
@@ -158,9 +145,9 @@ private Q_SLOTS:
         office.log.clear();
         office.Say(1, R"({"operate": "clicked", "cmd": "5"})");
         // Once, before the clone is shown; not for the first window and not for a bare one.
-        QCOMPARE(told, QStringList(QString::number(office.Frame('b')->winId()) + QStringLiteral("a+b-c-")));
+        QCOMPARE(told, QStringList(QString::number(office.Frame('b')->winId()) + "a+b-c-"));
         QCOMPARE(office.host.codes, QVector<int>({2, 2, 2, 1}));
-        QCOMPARE(office.log, QStringLiteral("a:5 b:5 c:5"));
+        QCOMPARE(office.log, "a:5 b:5 c:5");
     }
 
     void RemovalByKind()
@@ -173,24 +160,24 @@ private Q_SLOTS:
         QObject stranger;
         manager.RemoveContainer(&stranger);
         manager.RemoveContainer(nullptr);
-        manager.RemoveContainer(dynamic_cast<ObjectModule*>(office.Module('c')));  // has nothing to close
-        QCOMPARE(office.State(), QStringLiteral("a-b-c"));
-        manager.RemoveContainer(office.Module('b')->widget);
-        QCOMPARE(office.State(), QStringLiteral("a-c"));
+        manager.RemoveContainer(dynamic_cast<ObjectModule*>(office.modules.at('c')));  // has nothing to close
+        QCOMPARE(office.State(), "a-b-c");
+        manager.RemoveContainer(office.modules.at('b')->widget);
+        QCOMPARE(office.State(), "a-c");
         const QPointer<ContainerWidget> frame = office.Frame('a');
         frame->ReleaseModuleWidget();
         manager.RemoveContainer(frame);
-        QCOMPARE(office.State(), QStringLiteral("c"));
+        QCOMPARE(office.State(), "c");
         QVERIFY(frame && !frame->GetModule());  // closes itself
         delete frame;
         office.Say(1, R"({"operate": "notify", "need_create_new": "0", "cmd": "1"})");
         office.Say(1, R"({"operate": "notify"})");  // the list is empty: one is made anew
-        QCOMPARE(office.State(), QStringLiteral("cd-"));
+        QCOMPARE(office.State(), "cd-");
     }
 
     void TenWindowsAtMostByTheCloneButton()
     {
-        ExpectWarning(QLatin1String(kOffscreenWarning));
+        ExpectWarning(kOffscreenWarning);
         Office office;
         office.Say(1, kFramed);
         office.manager->CreateContainer(1, office.Frame('a'), kHiddenFrame);
@@ -200,7 +187,7 @@ private Q_SLOTS:
             press();
         }
         QVERIFY(!office.CloneEnabled('a') && !office.CloneEnabled('b'));
-        office.manager->RemoveContainer(office.Module('j')->widget);  // bare: no look at the buttons
+        office.manager->RemoveContainer(office.modules.at('j')->widget);  // bare: no look at the buttons
         press();
         QCOMPARE(office.modules.size(), std::size_t{9});
         office.manager->RefreshCloneButtons(1);
@@ -216,29 +203,27 @@ private Q_SLOTS:
 
     void PanelClosesItselfInAMessage()
     {
-        ExpectWarning(QLatin1String(kOffscreenWarning));
-        for (const auto& [id, verb] : {std::pair{1, "clicked"},
-                                       {1, "show"},
-                                       {-1, "show"},
-                                       {1, "notify"},
-                                       {-1, "notify"},
-                                       {1, ""},
-                                       {-1, ""}}) {
+        ExpectWarning(kOffscreenWarning);
+        const std::vector<std::pair<int, const char*>> messages{
+            {1, "clicked"}, {1, "show"}, {-1, "show"}, {1, "notify"}, {-1, "notify"}, {1, ""}, {-1, ""}};
+        for (const auto& [id, verb] : messages) {
             Office office;
             office.Say(1, kFramed);
             const QPointer<ContainerWidget> frame = office.Frame('a');
-            office.Module('a')->heard = [&](int, void*) { office.Button('a', "closebtn_titlebar")->click(); };
+            office.modules.at('a')->heard = [&](int, void*) {
+                office.Button('a', "closebtn_titlebar")->click();
+            };
             if (!*verb) {  // data
                 office.manager->OnDealPushData(id, "{}");
             } else {
-                const QString text = QStringLiteral(R"({"operate":"%1","cmd":"5","always_display":"1"})");
-                office.Say(id, qPrintable(text.arg(QLatin1String(verb))));
+                const QString text = R"({"operate":"%1","cmd":"5","always_display":"1"})";
+                office.Say(id, qPrintable(text.arg(verb)));
             }
             QCOMPARE(office.State(), QString());
             QVERIFY(!frame || !frame->isVisible());  // stays closed until it is deleted
             QTRY_VERIFY(!frame);
             office.Say(1, kFramed);
-            QCOMPARE(office.State(), QStringLiteral("b+"));
+            QCOMPARE(office.State(), "b+");
         }
     }
 };

@@ -5,9 +5,9 @@
 #include "hosting/stage.h"
 #include "support/test.h"
 
-using panelry::test::FakeHost;
+using namespace panelry::test;
 
-class EventFilterTest : public panelry::test::Test
+class EventFilterTest : public Test
 {
     Q_OBJECT
 
@@ -15,10 +15,8 @@ private Q_SLOTS:
     void ReportsOfPresses()
     {
         const auto reports = [](const char* times) {  // of the construction and of the presses
-            const QStringList steps = QString::fromLatin1(times).split(QLatin1Char(' '));
-            const auto at = [&](int i) {
-                return QTime::fromString(steps[i], QStringLiteral("hh:mm:ss.zzz"));
-            };
+            const QStringList steps = QString::fromLatin1(times).split(' ');
+            const auto at = [&](int i) { return QTime::fromString(steps[i], "hh:mm:ss.zzz"); };
             FakeHost host;
             QTime now = at(0);
             QWidget widget;

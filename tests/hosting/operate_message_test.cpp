@@ -1,12 +1,13 @@
 #include "hosting/operate_message.h"
 
 #include <QWidget>
+#include <sstream>
 
 #include "support/rows.h"
 #include "support/test.h"
 
 using nlohmann::json;
-using panelry::test::Rows;
+using namespace panelry::test;
 
 Q_DECLARE_METATYPE(std::string)
 
@@ -21,16 +22,13 @@ json FullMessage()
             {"need_create_new", "0"}, {"ignord_lock_hide", "1"}};
 }
 
-QString Read(const std::string& text)
+std::string Read(const std::string& text)
 {
     const panelry::OperateMessage m = panelry::ReadOperateMessage(text);
-    const QString business =
-        m.business == text ? QStringLiteral("<text>") : QString::fromStdString(m.business);
-    return QStringLiteral("%1|%2|%3|%4%5%6")
-        .arg(QString::fromStdString(m.operate), business, QString::number(m.command))
-        .arg(m.alwaysDisplay)
-        .arg(m.needDisplay)
-        .arg(m.needCreateNew);
+    std::ostringstream read;
+    read << m.operate << '|' << (m.business == text ? "<text>" : m.business) << '|' << m.command << '|'
+         << m.alwaysDisplay << m.needDisplay << m.needCreateNew;
+    return read.str();
 }
 
 // `levels` nested values, the innermost of them a text.
@@ -43,7 +41,7 @@ std::string Nested(std::size_t levels)
 
 }  // namespace
 
-class OperateMessageTest : public panelry::test::Test
+class OperateMessageTest : public Test
 {
     Q_OBJECT
 
@@ -51,7 +49,7 @@ private Q_SLOTS:
     void OperateTexts_data()
     {
         // operate|bussiness|cmd|always_display, need_display, need_create_new
-        const Rows<std::string, const char*> row("text read");
+        const Rows<std::string, std::string> row("text read");
         const char* const nothing = "|<text>|-1|011";
         row("empty", "", nothing);
         row("a word", "quit", nothing);
@@ -68,8 +66,7 @@ private Q_SLOTS:
         const auto bad = [&row](const char* key, const json& value, const char* read) {
             json message = FullMessage();
             message[key] = value;
-            row(qPrintable(QStringLiteral("%1 %2").arg(QLatin1String(key), QLatin1String(value.type_name()))),
-                message.dump(), read);
+            row((std::string(key) + ' ' + value.type_name()).c_str(), message.dump(), read);
         };
         bad("operate", 1, nothing);
         bad("bussiness", json::object(), "show|<text>|-1|011");
@@ -137,15 +134,13 @@ private Q_SLOTS:
         QCOMPARE(creation(), none);
         source.setProperty("module_data", 5);  // not a map
         QCOMPARE(creation(), none);
-        source.setProperty("module_data", QVariantMap{{QStringLiteral("代码"), QStringLiteral("六\n")},
-                                                      {QStringLiteral("c"), 5},
-                                                      {QStringLiteral("a"), true},
-                                                      {QStringLiteral("b"), QVariantList{1}},
-                                                      {QStringLiteral("d"), QVariant()}});
+        source.setProperty(
+            "module_data",
+            QVariantMap{{"代码", "六\n"}, {"c", 5}, {"a", true}, {"b", QVariantList{1}}, {"d", QVariant()}});
         QCOMPARE(creation(),
                  R"({"create_source":"panelry","init_data":{"a":"true","b":"","c":"5","d":"","代码":"六\n"},)"
                  R"("init_param":null,"need_display":"0"})");
-        source.setProperty("module_data", QVariantMap{{QStringLiteral("half"), QString(QChar(0xd800))}});
+        source.setProperty("module_data", QVariantMap{{"half", QString(QChar(0xd800))}});
         QVERIFY(json::parse(creation())["init_data"].contains("half"));  // and doesn't throw
     }
 

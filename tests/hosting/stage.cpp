@@ -49,6 +49,13 @@ FakeModule::~FakeModule()
     Append(deaths, name);
 }
 
+void FakeModule::MakeWidget()
+{
+    widget = new QWidget;
+    widget->setProperty("nwidth", 200);
+    widget->setProperty("nheight", 150);
+}
+
 void FakeModule::OnMessage(int msgId, void* payload)
 {
     Append(log, msgId == 300 ? name : name + QLatin1Char(':') + QString::number(msgId));

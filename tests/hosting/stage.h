@@ -26,6 +26,7 @@ public:
     void Initialize(int, const char*, const char*, const char*) override {}
     void OnMessage(int msgId, void* payload) override;
     QWidget* GetWidget() override { return widget; }
+    void MakeWidget();  ///< of 200 by 150
 
     QString name;
     QPointer<QWidget> widget;
@@ -51,8 +52,7 @@ class Channel : public ModuleChannel
 public:
     Channel();
     ~Channel();
-    Channel(const Channel&) = delete;
-    Channel& operator=(const Channel&) = delete;
+    Q_DISABLE_COPY(Channel)
 };
 
 /// The host: what the library calls back with, for as long as the object lives.
@@ -61,8 +61,7 @@ class FakeHost
 public:
     FakeHost();
     ~FakeHost();
-    FakeHost(const FakeHost&) = delete;
-    FakeHost& operator=(const FakeHost&) = delete;
+    Q_DISABLE_COPY(FakeHost)
 
     QVector<int> codes;
     std::function<void(int code, void* data)> answer;

@@ -6,12 +6,7 @@
 namespace panelry::test
 {
 
-namespace
-{
-
-constexpr std::chrono::seconds kDeadline{60};  // only ever reached by a fault
-
-}  // namespace
+static constexpr std::chrono::seconds kDeadline{60};  // only ever reached by a fault
 
 FakeHook& FakeHook::Instance()
 {

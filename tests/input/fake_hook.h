@@ -2,14 +2,22 @@
 
 #include <uiohook.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <utility>
 
+#include "input/hook_manager.h"
+
 namespace panelry::test
 {
+
+/// Registers for all keys that are pressed.
+inline constexpr char kPresses[] = R"({"hook_type":"4"})";
+/// The watchdog never looks.
+inline constexpr HookTiming kNoWatch{std::chrono::hours(1), std::chrono::hours(1)};
 
 inline uiohook_event MouseEvent(event_type type)
 {
@@ -23,6 +31,16 @@ inline uiohook_event KeyEvent(event_type type, int mask, int keyCode)
     event.mask = static_cast<std::uint16_t>(mask);
     event.data.keyboard.keycode = static_cast<std::uint16_t>(keyCode);
     return event;
+}
+
+inline uiohook_event Press(int keyCode, int mask = 0)
+{
+    return KeyEvent(EVENT_KEY_PRESSED, mask, keyCode);
+}
+/// As the hook does it.
+inline void Send(uiohook_event event)
+{
+    HookManager::OnHookEvent(&event);
 }
 
 /// Stands in for libuiohook: the test program's own hook_run and so on, which the library's calls then reach.

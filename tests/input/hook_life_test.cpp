@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "input/fake_hook.h"
-#include "input/hook_manager.h"
 #include "input/hook_runner.h"
 #include "input/listener.h"
 #include "support/test.h"
@@ -16,16 +15,15 @@ using namespace std::chrono_literals;
 using panelry::HookTiming;
 using panelry::test::CapturedOutput;
 using panelry::test::FakeHook;
-using panelry::test::KeyEvent;
+using panelry::test::kNoWatch;
+using panelry::test::kPresses;
 using panelry::test::Listener;
 using panelry::test::MouseEvent;
 
 namespace
 {
 
-constexpr HookTiming kNoWatch{1h, 1h};
 constexpr HookTiming kNoWatchNoPatience{1h, 1h, 20ms};
-constexpr char kAnyKey[] = R"({"hook_type":"4"})";
 
 }  // namespace
 
@@ -38,7 +36,7 @@ private:
     QString m_log;
     Listener m_module{QStringLiteral("a"), m_log};
 
-    bool Press() { return m_hook.Dispatch(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)); }
+    bool Press() { return m_hook.Dispatch(panelry::test::Press(VC_A)); }
 
 private Q_SLOTS:
     void init()
@@ -65,7 +63,7 @@ private Q_SLOTS:
         manager.Start();
         manager.Start();
         QVERIFY(m_hook.WaitUntilUp(1));
-        manager.RegisterModule(&m_module, kAnyKey);
+        manager.RegisterModule(&m_module, kPresses);
         QVERIFY(Press());
         QCOMPARE(m_log, QStringLiteral("a"));
         QCOMPARE(manager.Stop(), 0);
@@ -102,7 +100,7 @@ private Q_SLOTS:
             QVERIFY(m_hook.WaitForRuns(1));
         }
         HookManager next(kNoWatchNoPatience);
-        next.RegisterModule(&m_module, kAnyKey);
+        next.RegisterModule(&m_module, kPresses);
         next.Start();
         QCOMPARE(m_hook.Runs(), 1);
         m_hook.SetAnswers(true);
@@ -117,7 +115,7 @@ private Q_SLOTS:
         m_hook.SetObeys(false);
         {
             HookManager manager(kNoWatchNoPatience);
-            manager.RegisterModule(&m_module, kAnyKey);
+            manager.RegisterModule(&m_module, kPresses);
             manager.Start();
             QVERIFY(m_hook.WaitUntilUp(1));
         }
@@ -152,7 +150,7 @@ private Q_SLOTS:
     void AHookThatHasFallenSilentIsStartedAnewWithItsRegistrations()
     {
         HookManager manager({5ms, 200ms});
-        manager.RegisterModule(&m_module, kAnyKey);
+        manager.RegisterModule(&m_module, kPresses);
         m_hook.SetEchoes(false);
         manager.Start();
         QTRY_VERIFY_WITH_TIMEOUT((m_hook.Dispatch(MouseEvent(EVENT_MOUSE_MOVED)), m_hook.Runs() >= 3),
@@ -223,7 +221,7 @@ private Q_SLOTS:
         auto* const manager = new HookManager({1ms, 1h});  // as at exit: nobody destroys it
         QString log;
         Listener module(QStringLiteral("a"), log);
-        manager->RegisterModule(&module, kAnyKey);
+        manager->RegisterModule(&module, kPresses);
         manager->Start();
         QVERIFY(hook.WaitUntilUp(1));
         // The display's connection is closed next: no probe may be on it.
@@ -245,8 +243,7 @@ private Q_SLOTS:
         QVERIFY(posted);
         hook.SetPosting(nullptr);
         QVERIFY(hook.WaitUntilUp(0));
-        uiohook_event event = KeyEvent(EVENT_KEY_PRESSED, 0, VC_A);
-        HookManager::OnHookEvent(&event);
+        panelry::test::Send(panelry::test::Press(VC_A));
         QCOMPARE(log, QString());
         manager->Stop();
         manager->Start();

@@ -3,48 +3,33 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QListWidget>
+#include <algorithm>
 #include <thread>
 
 #include "hosting/plugin_manager.h"
 #include "hot_keys/combination.h"
 #include "hot_keys/hot_keys_module.h"
 #include "input/fake_hook.h"
-#include "input/hook_manager.h"
 #include "support/test.h"
 
 using panelry::HotKeysModule;
 using panelry::HotKeysWidget;
 using panelry::test::KeyEvent;
 using panelry::test::MouseEvent;
+using panelry::test::Press;
 
 namespace
 {
 
 // From a thread of its own, as the hook does it.
-void Send(uiohook_event event)
+void SendAll(const std::vector<uiohook_event>& events)
 {
-    std::thread([&event] { HookManager::OnHookEvent(&event); }).join();
+    std::thread([&events] { std::for_each(events.begin(), events.end(), panelry::test::Send); }).join();
 }
 
-void SendAll()
+uiohook_event Released(int code, int mask = 0)
 {
-    Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
-    Send(KeyEvent(EVENT_KEY_PRESSED, MASK_CTRL_L | MASK_SHIFT_R, VC_F5));
-    Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_B));
-    Send(KeyEvent(EVENT_KEY_RELEASED, 0, VC_A));
-    Send(KeyEvent(EVENT_KEY_RELEASED, 0, VC_B));
-    uiohook_event wheel = MouseEvent(EVENT_MOUSE_WHEEL);
-    wheel.data.wheel.rotation = -1;
-    wheel.data.wheel.direction = WHEEL_HORIZONTAL_DIRECTION;
-    Send(wheel);
-}
-
-InstanceInfo Info()
-{
-    InstanceInfo info;
-    info.module_id = panelry::kHotKeysPanelId;
-    info.module_title = "全局热键";
-    return info;
+    return KeyEvent(EVENT_KEY_RELEASED, mask, code);
 }
 
 struct Scene {
@@ -60,9 +45,10 @@ struct Scene {
     {
         widget->findChild<QCheckBox*>(QLatin1String(choice))->setChecked(on);
     }
-    // What has arrived since the last look, without the time.
-    QString Arrived()
+    // What arrives of these, without the time.
+    QString Arrived(const std::vector<uiohook_event>& events)
     {
+        SendAll(events);
         QCoreApplication::processEvents();
         QStringList lines = widget->Arrivals().mid(seen);
         seen += lines.size();
@@ -73,7 +59,7 @@ struct Scene {
     }
 
     PluginManager plugins;  // outlives the module, as in the library
-    HotKeysModule module{Info()};
+    HotKeysModule module{InstanceInfo()};
     HotKeysWidget* widget = static_cast<HotKeysWidget*>(module.GetWidget());
     int seen = 0;
 };
@@ -93,15 +79,14 @@ private Q_SLOTS:
 
     void WhatIsTypedIsReadAsTheLibraryNamesIt()
     {
+        // What stands for nothing is refused.
         const std::pair<const char*, const char*> texts[] = {
-            // Refused.
             {"", ""},
             {"+a", ""},
             {"ctrl+", ""},
             {"a+b", ""},
             {"f13", ""},
             {"ctrl+中", ""},
-            // Understood.
             {" Meta + ALT +Shift+ CTRL+F12 ", "ctrl+shift+alt+meta+f12"},
             {"shift+shift+1", "shift+1"},
             {"ctrl", "ctrl+ctrl"},
@@ -116,26 +101,29 @@ private Q_SLOTS:
 
     void TheUserDecidesWhatArrives()
     {
+        uiohook_event wheel = MouseEvent(EVENT_MOUSE_WHEEL);
+        wheel.data.wheel.rotation = -1;
+        wheel.data.wheel.direction = WHEEL_HORIZONTAL_DIRECTION;
+        const std::vector<uiohook_event> all{Press(VC_A),    Press(VC_F5, MASK_CTRL_L | MASK_SHIFT_R),
+                                             Press(VC_B),    Released(VC_A),
+                                             Released(VC_B), wheel};
         Scene scene;
-        SendAll();
-        QCOMPARE(scene.Arrived(), QString());  // no combination yet: no key at all
+        QCOMPARE(scene.Arrived(all), QString());  // no combination yet: no key at all
 
         QTest::keyClicks(&scene.Line(), QStringLiteral("A\r"));
         QTest::keyClicks(&scene.Line(), QStringLiteral("shift+ctrl+F5\r"));
         QCOMPARE(scene.widget->Combinations().join(QLatin1Char(' ')), QStringLiteral("a ctrl+shift+f5"));
-        SendAll();
-        QCOMPARE(scene.Arrived(), QStringLiteral("按下 a / 按下 ctrl+shift+f5"));
+        QCOMPARE(scene.Arrived(all), QStringLiteral("按下 a / 按下 ctrl+shift+f5"));
         QVERIFY(scene.widget->StatusText().contains(QStringLiteral("2 个组合键，收到 2 个事件")));
 
         scene.Check("releases", true);
         scene.Check("mouse", true);
-        SendAll();
-        QCOMPARE(scene.Arrived(), QStringLiteral("按下 a / 按下 ctrl+shift+f5 / 松开 a / 滚轮向左 (0, 0)"));
+        QCOMPARE(scene.Arrived(all),
+                 QStringLiteral("按下 a / 按下 ctrl+shift+f5 / 松开 a / 滚轮向左 (0, 0)"));
 
         scene.Check("releases", false);
         scene.Check("mouse", false);
-        SendAll();
-        QCOMPARE(scene.Arrived(), QStringLiteral("按下 a / 按下 ctrl+shift+f5"));
+        QCOMPARE(scene.Arrived(all), QStringLiteral("按下 a / 按下 ctrl+shift+f5"));
     }
 
     void RemovingTheLastCombinationHearsNothingInsteadOfEverything()
@@ -147,14 +135,11 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowActive(scene.widget));
         QTest::keyClick(list, Qt::Key_Delete);
         QCOMPARE(scene.widget->Combinations(), QStringList(QStringLiteral("shift+b")));
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
-        Send(KeyEvent(EVENT_KEY_RELEASED, MASK_SHIFT_L, VC_B));
-        QCOMPARE(scene.Arrived(), QStringLiteral("松开 shift+b"));
+        const std::vector<uiohook_event> both{Press(VC_A), Released(VC_B, MASK_SHIFT_L)};
+        QCOMPARE(scene.Arrived(both), QStringLiteral("松开 shift+b"));
         QTest::keyClick(list, Qt::Key_Delete);
         QTest::keyClick(list, Qt::Key_Delete);
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
-        Send(KeyEvent(EVENT_KEY_RELEASED, MASK_SHIFT_L, VC_B));
-        QCOMPARE(scene.Arrived(), QString());
+        QCOMPARE(scene.Arrived(both), QString());
     }
 
     void ACloneStartsWithWhatItsSourceHas()
@@ -168,17 +153,16 @@ private Q_SLOTS:
             QJsonDocument(QJsonObject{{QStringLiteral("init_data"), data}}).toJson(QJsonDocument::Compact);
         Scene clone(creation.constData());
         QCOMPARE(clone.widget->Combinations(), source.widget->Combinations());
-        Send(KeyEvent(EVENT_KEY_RELEASED, 0, VC_F9));
-        QCOMPARE(clone.Arrived(), QStringLiteral("松开 f9"));
-        QCOMPARE(source.Arrived(), QStringLiteral("松开 f9"));
+        QCOMPARE(clone.Arrived({Released(VC_F9)}), QStringLiteral("松开 f9"));
+        QCOMPARE(source.Arrived({}), QStringLiteral("松开 f9"));
     }
 
     void EventsForADeadWidgetAreDropped()
     {
         Scene scene(R"({"init_param":{"combinations":"a"}})");
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
+        SendAll({Press(VC_A)});
         delete scene.widget;  // as the library does with a panel without a frame
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
+        SendAll({Press(VC_A)});
         QCoreApplication::processEvents();
     }
 };

@@ -5,27 +5,17 @@
 #include <thread>
 
 #include "input/fake_hook.h"
-#include "input/hook_manager.h"
 #include "input/listener.h"
 #include "support/rows.h"
 #include "support/test.h"
 
-using panelry::test::CapturedOutput;
-using panelry::test::KeyEvent;
-using panelry::test::Listener;
-using panelry::test::MouseEvent;
-using panelry::test::Rows;
+using namespace panelry::test;
 
 namespace
 {
 
-// Quiet: its watchdog never looks.
-constexpr panelry::HookTiming kNoWatch{std::chrono::hours(1), std::chrono::hours(1)};
-
-constexpr char kPresses[] = R"({"hook_type":"4"})";
-
 // The text out of "4" or "4 [...]", the type and the value of the list; a text in braces is itself.
-std::string Registration(const std::string& words)
+std::string Request(const std::string& words)
 {
     if (words.empty() || words[0] == '{') {
         return words;
@@ -36,10 +26,14 @@ std::string Registration(const std::string& words)
     return "{\"hook_type\":\"" + words.substr(0, blank) + '"' + list + '}';
 }
 
-void Send(uiohook_event event)
-{
-    HookManager::OnHookEvent(&event);
-}
+struct Scene {
+    HookManager manager{kNoWatch};
+    QString log;
+    Listener a{QStringLiteral("a"), log};
+    Listener b{QStringLiteral("b"), log};
+    Listener c{QStringLiteral("c"), log};
+    Listener d{QStringLiteral("d"), log};
+};
 
 }  // namespace
 
@@ -82,31 +76,28 @@ private Q_SLOTS:
     }
     void WhoHearsWhat()
     {
-        HookManager manager(kNoWatch);
-        QString log;
-        Listener a(QStringLiteral("a"), log);
-        Listener b(QStringLiteral("b"), log);
+        Scene scene;
         {
             CapturedOutput output;
             for (const QString& step : QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(';'))) {
                 const auto change = step[0] == QLatin1Char('+') ? &HookManager::RegisterModule
                                                                 : &HookManager::UnregisterModule;
-                (manager.*change)(step[1] == QLatin1Char('a') ? &a : &b,
-                                  Registration(step.mid(3).toStdString()).c_str());
+                (scene.manager.*change)(step[1] == QLatin1Char('a') ? &scene.a : &scene.b,
+                                        Request(step.mid(3).toStdString()).c_str());
             }
         }
         const std::pair<const char*, uiohook_event> events[] = {
-            {"P", KeyEvent(EVENT_KEY_PRESSED, MASK_CTRL_L | MASK_SHIFT_L, VC_A)},
+            {"P", Press(VC_A, MASK_CTRL_L | MASK_SHIFT_L)},
             {" R", KeyEvent(EVENT_KEY_RELEASED, MASK_CTRL_L | MASK_SHIFT_L, VC_A)},
-            {" x", KeyEvent(EVENT_KEY_PRESSED, 0, VC_X)},
+            {" x", Press(VC_X)},
             {" t", KeyEvent(EVENT_KEY_TYPED, 0, VC_UNDEFINED)},
             {" w", MouseEvent(EVENT_MOUSE_WHEEL)},
             {" ?", MouseEvent(static_cast<event_type>(12))}};
         for (const auto& [letter, event] : events) {
-            log += QString::fromLatin1(letter);
+            scene.log += QString::fromLatin1(letter);
             Send(event);
         }
-        QTEST(log, "log");
+        QTEST(scene.log, "log");
     }
 
     void ABadTextIsReportedInOneLine()
@@ -125,14 +116,12 @@ private Q_SLOTS:
                              {R"({"hook_type":"4","keyboard_value":[{}]})", "type_error.302", true},
                              {R"({"hook_type":"99999999999"})", "hook_type"},
                              {QByteArray(200'000, '['), "parse_error.101"}};
-        HookManager manager(kNoWatch);
-        QString log;
-        Listener module(QStringLiteral("a"), log);
+        Scene scene;
         for (const Bad& bad : texts) {
             CapturedOutput output;
-            for (Listener* const sender : {&module, static_cast<Listener*>(nullptr)}) {
-                manager.RegisterModule(sender, bad.text.constData());
-                manager.UnregisterModule(sender, bad.text.constData());
+            for (Listener* const sender : {&scene.a, static_cast<Listener*>(nullptr)}) {
+                scene.manager.RegisterModule(sender, bad.text.constData());
+                scene.manager.UnregisterModule(sender, bad.text.constData());
             }
             const QByteArray told = output.Text();
             const QList<QByteArray> lines = told.split('\n');
@@ -146,11 +135,9 @@ private Q_SLOTS:
 
     void TheProbeReachesNobody()
     {
-        HookManager manager(kNoWatch);
-        QString log;
-        Listener module(QStringLiteral("a"), log);
-        manager.RegisterModule(&module, kPresses);
-        manager.RegisterModule(&module, Registration("5").c_str());
+        Scene scene;
+        scene.manager.RegisterModule(&scene.a, kPresses);
+        scene.manager.RegisterModule(&scene.a, Request("5").c_str());
         for (const int code : {107, 106}) {
             for (const event_type type : {EVENT_KEY_PRESSED, EVENT_KEY_RELEASED}) {
                 uiohook_event event = KeyEvent(type, 0, code);
@@ -158,7 +145,7 @@ private Q_SLOTS:
                 QCOMPARE(event.reserved == 1, code == 107);
             }
         }
-        QCOMPARE(log, QStringLiteral("aa"));
+        QCOMPARE(scene.log, QStringLiteral("aa"));
     }
 
     // The module may die as soon as it is out, so nobody may be in it then.
@@ -177,23 +164,20 @@ private Q_SLOTS:
             Listener module(QStringLiteral("a"), log);
             manager->RegisterModule(&module, kPresses);
             std::latch inModule(1);
-            std::latch takingOut(1);
             std::atomic<bool> out{false};
             bool outDuringDelivery = false;
             module.heard = [&](const uiohook_event&) {
                 inModule.count_down();
-                takingOut.wait();
                 std::this_thread::sleep_for(std::chrono::milliseconds(30));  // enough for who doesn't wait
                 outDuringDelivery = out;
             };
-            std::thread hook([] { Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A)); });
+            std::thread hook([] { Send(Press(VC_A)); });
             inModule.wait();
-            takingOut.count_down();
             takeOut(manager, module);
             out = true;
             hook.join();
             QVERIFY(!outDuringDelivery);
-            Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
+            Send(Press(VC_A));
             QCOMPARE(log, QStringLiteral("a"));
         }
     }
@@ -201,24 +185,19 @@ private Q_SLOTS:
     // On the hook thread waiting for the own return would never end; and who comes later isn't called any more.
     void AModuleMayTakeOutItselfAndOthersWhileItHears()
     {
-        HookManager manager(kNoWatch);
-        QString log;
-        Listener a(QStringLiteral("a"), log);
-        Listener b(QStringLiteral("b"), log);
-        Listener c(QStringLiteral("c"), log);
-        Listener d(QStringLiteral("d"), log);
-        for (Listener* const module : {&a, &b, &c, &d}) {
-            manager.RegisterModule(module, kPresses);
+        Scene scene;
+        for (Listener* const module : {&scene.a, &scene.b, &scene.c, &scene.d}) {
+            scene.manager.RegisterModule(module, kPresses);
         }
-        a.heard = [&](const uiohook_event&) {
-            manager.UnregisterModule(&a, kPresses);
-            manager.ForgetModule(&b);
-            manager.RegisterModule(&d, Registration(R"(4 ["x"])").c_str());  // at once
+        scene.a.heard = [&](const uiohook_event&) {
+            scene.manager.UnregisterModule(&scene.a, kPresses);
+            scene.manager.ForgetModule(&scene.b);
+            scene.manager.RegisterModule(&scene.d, Request(R"(4 ["x"])").c_str());  // at once
         };
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
-        QCOMPARE(log, QStringLiteral("ac"));
-        Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
-        QCOMPARE(log, QStringLiteral("acc"));
+        Send(Press(VC_A));
+        QCOMPARE(scene.log, QStringLiteral("ac"));
+        Send(Press(VC_A));
+        QCOMPARE(scene.log, QStringLiteral("acc"));
     }
 
     // Modules come and go while the hook never rests; a call into a dead one is what this looks for.
@@ -235,15 +214,15 @@ private Q_SLOTS:
         std::atomic<bool> done{false};
         std::thread hook([&] {
             while (!done) {
-                Send(KeyEvent(EVENT_KEY_PRESSED, 0, VC_A));
+                Send(Press(VC_A));
                 Send(MouseEvent(EVENT_MOUSE_MOVED));
             }
         });
         for (int round = 0; round < rounds; ++round) {
             auto filtered = std::make_unique<Mortal>();
             auto other = std::make_unique<Mortal>();
-            manager.RegisterModule(filtered.get(), Registration(R"(4 ["a"])").c_str());
-            manager.RegisterModule(other.get(), Registration("9").c_str());
+            manager.RegisterModule(filtered.get(), Request(R"(4 ["a"])").c_str());
+            manager.RegisterModule(other.get(), Request("9").c_str());
             manager.RegisterModule(other.get(), kPresses);
             manager.ForgetModule(other.get());
             other->alive = false;

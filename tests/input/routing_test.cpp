@@ -2,21 +2,24 @@
 
 #include "hosting/stage.h"
 #include "input/fake_hook.h"
-#include "input/hook_manager.h"
 #include "input/hook_subscription.h"
 #include "support/test.h"
 
 using panelry::test::FakeHook;
 using panelry::test::KeyEvent;
+using panelry::test::kPresses;
+using panelry::test::Press;
 using panelry::test::Stage;
 
 namespace
 {
 
-void Press()
+// What the modules hear of one press.
+QString Heard(Stage& stage)
 {
-    uiohook_event event = KeyEvent(EVENT_KEY_PRESSED, 0, VC_A);
-    HookManager::OnHookEvent(&event);
+    stage.log.clear();
+    panelry::test::Send(Press(VC_A));
+    return stage.log;
 }
 
 void Send(Stage& stage, int msgId, char sender, const char* text, int target = -1)
@@ -24,8 +27,6 @@ void Send(Stage& stage, int msgId, char sender, const char* text, int target = -
     QByteArray payload(text);
     stage.manager.SendModuleMessage(msgId, text ? payload.data() : nullptr, &stage[sender], target);
 }
-
-constexpr char kPresses[] = R"({"hook_type":"4"})";
 
 }  // namespace
 
@@ -49,17 +50,12 @@ private Q_SLOTS:
         Send(stage, 120, 'a', nullptr);
         Send(stage, 120, 'b', kPresses);
         Send(stage, 120, 'c', kPresses, 1);  // a target doesn't matter
-        Press();
-        QCOMPARE(stage.log, QStringLiteral("b:119 c:119"));
+        QCOMPARE(Heard(stage), QStringLiteral("b:119 c:119"));
         Send(stage, 121, 'b', kPresses);
         Send(stage, 121, 'c', nullptr);
-        stage.log.clear();
-        Press();
-        QCOMPARE(stage.log, QStringLiteral("c:119"));
+        QCOMPARE(Heard(stage), QStringLiteral("c:119"));
         Send(stage, 121, 'c', "");
-        stage.log.clear();
-        Press();
-        QCOMPARE(stage.log, QString());
+        QCOMPARE(Heard(stage), QString());
     }
 
     void AModuleThatGoesHearsNothingMore()
@@ -74,12 +70,9 @@ private Q_SLOTS:
             for (const char module : {'a', 'b', 'c'}) {
                 Send(stage, 120, module, kPresses);
             }
-            Press();
-            QCOMPARE(stage.log, QStringLiteral("a:119 b:119 c:119"));
-            stage.log.clear();
+            QCOMPARE(Heard(stage), QStringLiteral("a:119 b:119 c:119"));
             stage.Play(QString::fromLatin1(end));
-            Press();
-            QCOMPARE(stage.log, QString::fromLatin1(heard));
+            QCOMPARE(Heard(stage), QString::fromLatin1(heard));
         }
     }
 
@@ -108,8 +101,7 @@ private Q_SLOTS:
         subscription->Listen(EVENT_KEY_RELEASED);
         const auto fromHookThread = [] {
             for (uiohook_event event :
-                 {KeyEvent(EVENT_KEY_PRESSED, 0, VC_A), KeyEvent(EVENT_KEY_PRESSED, 0, VC_B),
-                  KeyEvent(EVENT_KEY_RELEASED, MASK_CTRL_R, VC_C)}) {
+                 {Press(VC_A), Press(VC_B), KeyEvent(EVENT_KEY_RELEASED, MASK_CTRL_R, VC_C)}) {
                 HookManager::OnHookEvent(&event);
                 event.data.keyboard.keycode = 0;  // the record is good during the call only
             }
@@ -150,7 +142,7 @@ private Q_SLOTS:
                 }
             });
         for (const int code : {VC_A, VC_B, VC_C, VC_D}) {
-            const uiohook_event event = KeyEvent(EVENT_KEY_PRESSED, 0, code);
+            const uiohook_event event = Press(code);
             subscription->Take(&event);
         }
         // The loop inside the first one hears the next two; the last dies with the subscription.

@@ -66,18 +66,16 @@ private Q_SLOTS:
 
     void ARemovedDirectoryComesBackWithTheNextFile()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         const int other = manager.CreateLogger("other");
         manager.SetPath(other, "other");
         QVERIFY(manager.Start());
-        const Logger log(0, manager);
         const Logger otherLog(other, manager);
         QTRY_COMPARE(FilesIn("data/log").size(), std::size_t(1));
         QVERIFY(otherLog.Write(Info, "before"));
         fs::remove_all("data");
-        world.now = At(2026, 11, 23);
-        QVERIFY(log.Write(Info, "next day") && otherLog.Write(Info, "after"));
+        manager.now = At(2026, 11, 23);
+        QVERIFY(manager.log.Write(Info, "next day") && otherLog.Write(Info, "after"));
         QVERIFY(manager.Stop());
         QCOMPARE(TextsOf("Main"), std::vector<std::string>{"next day"});
         QCOMPARE(TextsOf("other", "other"), (std::vector<std::string>{"before", "after"}));
@@ -85,18 +83,16 @@ private Q_SLOTS:
 
     void FilesChangeByDayAndBySize()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         manager.SetLimitSize(0, 1);
         manager.SetMonthDir(0, true);
-        world.now = At(2026, 11, 30, 23, 50);
+        manager.now = At(2026, 11, 30, 23, 50);
         // Was there already: goes on counting, and takes one line more than fits.
         WriteFile("data/log/2026_11/" + FileName("Main", "202611302350"), kMegabyteAndAByte + "\n");
         QVERIFY(manager.Start());
-        const Logger log(0, manager);
         const auto writeAt = [&](std::int64_t now, const char* text) {
-            world.now = now;
-            QVERIFY(log.Write(Info, text));
+            manager.now = now;
+            QVERIFY(manager.log.Write(Info, text));
         };
         writeAt(At(2026, 11, 30, 23, 59, 59), "last");
         writeAt(At(2026, 12, 1), "midnight");
@@ -119,12 +115,11 @@ private Q_SLOTS:
     {
         // No practical limit; half of the range; what comes out as 0, so a file a line; what comes out as 1.
         for (const auto& [megabytes, files] : {std::pair{0, 1U}, {2048, 1U}, {4096, 5U}, {4097, 1U}}) {
-            SetSurroundings world;
-            LogerManager manager(world);
+            ManagerOnStage manager;
             manager.SetLimitSize(0, megabytes);
             QVERIFY(manager.Start());  // writes two lines
             for (int i = 0; i < 3; ++i) {
-                QVERIFY(Logger(0, manager).Write(Info, i));
+                QVERIFY(manager.log.Write(Info, i));
             }
             QVERIFY(manager.Stop());
             QCOMPARE(FilesIn("data/log").size(), std::size_t{files});
@@ -133,15 +128,13 @@ private Q_SLOTS:
 
     void ExpiredFilesGoAtTheNextChange()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         manager.SetReserve(0, 10 * 86400);
         QVERIFY(manager.Start());
         QTRY_COMPARE(manager.WriteCount(), std::uint64_t(2));
-        const Logger log(0, manager);
         const auto writeOnDay = [&](int day) {
-            world.now = At(2026, 1, 1, 12) + day * 86400;
-            QVERIFY(log.Write(Info, day));
+            manager.now = At(2026, 1, 1, 12) + day * 86400;
+            QVERIFY(manager.log.Write(Info, day));
             QTRY_COMPARE(manager.WriteCount(), manager.PushCount());  // the worker reads the clock, too
         };
         for (int day = 0; day < 14; ++day) {  // and the file of the start: 15
@@ -159,17 +152,15 @@ private Q_SLOTS:
     void WithoutAReserveFilesStay()
     {
         for (const int reserve : {0, -1, std::numeric_limits<int>::min()}) {
-            SetSurroundings world;
-            LogerManager manager(world);
+            ManagerOnStage manager;
             manager.SetPath(0, "logs");  // not where Stop() clears
             manager.SetReserve(0, 1);
             QVERIFY(manager.SetReserve(0, reserve));  // takes the one before back
             QVERIFY(manager.Start());
             QTRY_COMPARE(manager.WriteCount(), std::uint64_t(2));
-            const Logger log(0, manager);
             for (int day = 0; day < 17; ++day) {
-                world.now += 86400;
-                QVERIFY(log.Write(Info, day));
+                manager.now += 86400;
+                QVERIFY(manager.log.Write(Info, day));
                 QTRY_COMPARE(manager.WriteCount(), manager.PushCount());
             }
             QVERIFY(manager.Stop());
@@ -179,17 +170,15 @@ private Q_SLOTS:
 
     void FourteenOldFilesStay()
     {
-        const Stage stage;
+        ManagerOnStage manager;
         for (int i = 0; i < 15; ++i) {
             WriteOldFile("data/log/" + std::to_string(i), At(1999, 1, 1) + (i * 7 + 3) % 15 * 60);
         }
         fs::create_directories("data/log/kept/below");
-        WriteOldFile("data/log/twin",
-                     At(1999, 1, 1, 0, 5));  // another file has this time: one entry for both
-        LogerManager manager;
+        // Another file has this time: one entry for both.
+        WriteOldFile("data/log/twin", At(1999, 1, 1, 0, 5));
         QVERIFY(!manager.Stop());  // clears although nothing runs
-        std::vector<std::string> left = FilesIn("data/log");
-        QCOMPARE(left.size(), std::size_t(15));
+        QCOMPARE(FilesIn("data/log").size(), std::size_t(15));
         QVERIFY(!fs::exists("data/log/6"));  // the oldest
         QVERIFY(fs::exists("data/log/twin"));
         QVERIFY(fs::exists("data/log/kept/below"));
@@ -209,10 +198,9 @@ private Q_SLOTS:
 
     void AnUnreadableDirectoryLeavesAsItsError()
     {
-        const Stage stage;
+        ManagerOnStage manager;
         fs::create_directory("data");
         fs::create_symlink("log", "data/log");  // leads to itself
-        LogerManager manager;
         try {
             manager.Stop();
             QFAIL("nothing was thrown");
@@ -252,8 +240,7 @@ private Q_SLOTS:
     void AFailureStaysWithItsLogger()
     {
         QFETCH(const Fault, fault);
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         const int bad = manager.CreateLogger("bad");
         const int good = manager.CreateLogger("good");
         manager.SetPath(bad, "bad");
@@ -273,7 +260,7 @@ private Q_SLOTS:
         QVERIFY(badLog.Write(Info, "repaired") && goodLog.Write(Info, "last"));
         QVERIFY(manager.Stop());
         QCOMPARE(TextsOf("good").size(), std::size_t(1002));
-        QCOMPARE(TextsOf("good").back(), std::string("last"));
+        QCOMPARE(TextsOf("good").back(), "last");
         const std::vector<std::string> inBad = TextsOf("bad", "bad");
         QCOMPARE(!inBad.empty() && inBad.back() == "repaired", !fault.switchesOff);
     }

@@ -26,9 +26,9 @@ bool PushLineOf(LogerManager& manager, std::int32_t length)
     return manager.PushLine(record, nullptr, 0);
 }
 
-std::string HeadAt(LogerManager& manager, SetSurroundings& world, std::int64_t now)
+std::string HeadAt(ManagerOnStage& manager, std::int64_t now)
 {
-    world.now = now;
+    manager.now = now;
     LogRecord* const record = manager.MakeRecord(0, Debug, nullptr, 0);
     std::string head(record->content, static_cast<std::size_t>(record->length));
     manager.FreeRecord(record);
@@ -58,8 +58,7 @@ public:
         m_manager.Stop();
         m_reader.join();
     }
-    HungWorker(const HungWorker&) = delete;
-    HungWorker& operator=(const HungWorker&) = delete;
+    Q_DISABLE_COPY(HungWorker)
 
     void GoOn()
     {
@@ -84,18 +83,17 @@ private Q_SLOTS:
 
     void ADateIsRightWhateverTheClockDoes()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
-        const auto head = [&](std::int64_t now) { return HeadAt(manager, world, now); };
-        QCOMPARE(head(At(2026, 11, 30, 23, 59, 59)), std::string("[2026-11-30 23:59:59.007]"));
-        QCOMPARE(head(At(2026, 12, 1)), std::string("[2026-12-01 00:00:00.007]"));
-        QCOMPARE(head(At(2026, 11, 30, 12, 5, 9)), std::string("[2026-11-30 12:05:09.007]"));  // set back
-        QCOMPARE(head(At(2028, 2, 28, 23, 59, 59) + 1), std::string("[2028-02-29 00:00:00.007]"));
-        QCOMPARE(head(At(1999, 1, 2, 3, 4, 5)), std::string("[1999-01-02 03:04:05.007]"));
-        world.millis = 999;
+        ManagerOnStage manager;
+        const auto head = [&](std::int64_t now) { return HeadAt(manager, now); };
+        QCOMPARE(head(At(2026, 11, 30, 23, 59, 59)), "[2026-11-30 23:59:59.007]");
+        QCOMPARE(head(At(2026, 12, 1)), "[2026-12-01 00:00:00.007]");
+        QCOMPARE(head(At(2026, 11, 30, 12, 5, 9)), "[2026-11-30 12:05:09.007]");  // set back
+        QCOMPARE(head(At(2028, 2, 28, 23, 59, 59) + 1), "[2028-02-29 00:00:00.007]");
+        QCOMPARE(head(At(1999, 1, 2, 3, 4, 5)), "[1999-01-02 03:04:05.007]");
+        manager.millis = 999;
         std::string other;
         std::thread([&] { other = head(At(1999, 1, 2, 3, 4, 5)); }).join();  // a calendar of its own
-        QCOMPARE(other, std::string("[1999-01-02 03:04:05.999]"));
+        QCOMPARE(other, "[1999-01-02 03:04:05.999]");
     }
 
     void AHeadNamesThreadLevelAndPlace_data()
@@ -113,8 +111,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, file);
         QFETCH(const int, level);
         QFETCH(const QByteArray, tail);
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         LogRecord* const record =
             manager.MakeRecord(0, level, file.isNull() ? nullptr : file.constData(), 42);
         char thread[16];
@@ -132,33 +129,24 @@ private Q_SLOTS:
         manager.FreeRecord(bare);
     }
 
-    void ALongLineIsCutAndKeepsItsEnd_data()
-    {
-        const Rows<int, int> row("length inFile");
-        row("short", 100, 102);
-        row("longest whole", 8189, 8191);
-        row("one too long", 8190, 8191);
-        row("full record", 8192, 8191);
-    }
-
     void ALongLineIsCutAndKeepsItsEnd()
     {
-        QFETCH(const int, length);
-        SetSurroundings world;
-        LogerManager manager(world);
-        QVERIFY(manager.Start());
-        QVERIFY(PushLineOf(manager, length));
-        QVERIFY(manager.Stop());
-        const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
-        const std::size_t start = text.rfind('\n', text.size() - 2) + 1;
-        QTEST(static_cast<int>(text.size() - start), "inFile");
-        QCOMPARE(text.substr(text.size() - 3), std::string("x\r\n"));
+        // Short; the longest that stays whole; one too long; a full record.
+        const std::vector<std::pair<int, int>> lengths{{100, 102}, {8189, 8191}, {8190, 8191}, {8192, 8191}};
+        for (const auto& [length, inFile] : lengths) {
+            RunningManager manager;
+            QVERIFY(PushLineOf(manager, length));
+            QVERIFY(manager.Stop());
+            const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
+            const std::size_t start = text.rfind('\n', text.size() - 2) + 1;
+            QCOMPARE(static_cast<int>(text.size() - start), inFile);
+            QCOMPARE(text.substr(text.size() - 3), "x\r\n");
+        }
     }
 
     void OnlyLinesThatPassAreTaken()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         const auto push = [&](int id, int level) {
             return manager.PushLine(manager.MakeRecord(id, level, nullptr, 0), nullptr, 0);
         };
@@ -202,12 +190,11 @@ private Q_SLOTS:
     {
         QFETCH(const int, backlog);
         QFETCH(const int, random);
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         HungWorker worker(manager, backlog);
-        world.random = static_cast<std::uint32_t>(random);
+        manager.random = static_cast<std::uint32_t>(random);
         QVERIFY(manager.CanPush(0, Info));
-        QTEST(world.slept.load(), "slept");
+        QTEST(manager.slept.load(), "slept");
         worker.GoOn();
         manager.Stop();
         QCOMPARE(manager.PopCount(), static_cast<std::uint64_t>(backlog) + 2);
@@ -217,55 +204,47 @@ private Q_SLOTS:
     {
         // Up to a rate of 50 nobody looks again.
         for (const auto& [backlog, slept] : {std::pair{30000, 50}, {30200, 0}}) {
-            SetSurroundings world;
-            LogerManager manager(world);
+            ManagerOnStage manager;
             HungWorker worker(manager, backlog);
-            world.atRandom = [&] {
+            manager.atRandom = [&] {
                 worker.GoOn();
                 QTRY_COMPARE(manager.PopCount(), manager.PushCount());
             };
             QVERIFY(manager.CanPush(0, Info));
-            QCOMPARE(world.slept.load(), slept);
+            QCOMPARE(manager.slept.load(), slept);
         }
     }
 
     void AcceptedLinesSurviveAStop()
     {
-        const Stage stage;
-        LogerManager manager;
-        QVERIFY(manager.Start());
-        const Logger log(0, manager);
+        RunningManager manager;
         std::atomic<int> accepted{0};
-        std::vector<std::thread> producers;
+        std::vector<std::jthread> producers;
         for (int i = 0; i < 4; ++i) {
             producers.emplace_back([&] {
-                while (log.Write(Info, "line")) {
+                while (manager.log.Write(Info, "line")) {
                     ++accepted;
                 }
             });
         }
         QTRY_VERIFY(accepted > 1000);
         QVERIFY(manager.Stop());
-        for (std::thread& producer : producers) {
-            producer.join();
-        }
+        producers.clear();  // joins them
         QCOMPARE(static_cast<int>(TextsOf("Main").size()), accepted.load());
     }
 
     void PartsBecomeText()
     {
-        SetSurroundings world;
-        LogerManager manager(world);
+        ManagerOnStage manager;
         manager.SetLevel(0, Info);
         QVERIFY(manager.Start());
-        const Logger log(0, manager);
         const char* const null = nullptr;
         const std::string letter("b");
         const int line = __LINE__ + 1;
-        const bool written = log.Write(Warn, 'a', letter, -5, ' ', ~0ULL, 1688.25, true, null, Alarm);
-        QVERIFY(written && log.Write(Warn, [] { return "made"; }));
+        const bool written = manager.log.Write(Warn, 'a', letter, -5, ' ', ~0ULL, 1688.25, true, null, Alarm);
+        QVERIFY(written && manager.log.Write(Warn, [] { return "made"; }));
         bool called = false;
-        QVERIFY(!log.Write(Debug, [&] { return called = true; }));
+        QVERIFY(!manager.log.Write(Debug, [&] { return called = true; }));
         QVERIFY(!called);
         QVERIFY(manager.Stop());
         const std::string text = Contents("data/log/" + FileName("Main", "202611222125"));
@@ -277,14 +256,12 @@ private Q_SLOTS:
 
     void ALineWhosePartThrowsIsDroppedAndItsRecordUsedAgain()
     {
-        const Stage stage;
-        LogerManager manager;
-        QVERIFY(manager.Start());
-        const Logger log(0, manager);
+        RunningManager manager;
         LogRecord* const kept = manager.MakeRecord(0, Info, nullptr, 0);
         manager.FreeRecord(kept);  // the thread's next line takes it
-        QVERIFY_EXCEPTION_THROWN(log.Write(Info, "half ", []() -> int { throw std::runtime_error("part"); }),
-                                 std::runtime_error);
+        QVERIFY_EXCEPTION_THROWN(
+            manager.log.Write(Info, "half ", []() -> int { throw std::runtime_error("part"); }),
+            std::runtime_error);
         LogRecord* const next = manager.MakeRecord(0, Info, nullptr, 0);
         QCOMPARE(next, kept);
         manager.FreeRecord(next);
@@ -294,43 +271,35 @@ private Q_SLOTS:
 
     void WhatALoggerDisplaysIsPrinted()
     {
-        SetSurroundings world;
-        const std::string printed = Printed([&] {
-            LogerManager manager(world);
-            manager.Start();
-            const Logger log(0, manager);
-            log.Write(Debug, "shown");
-            log.Write(Error, "for terminals");
+        const std::string printed = Printed([] {
+            RunningManager manager;
+            manager.log.Write(Debug, "shown");
+            manager.log.Write(Error, "for terminals");
             manager.SetDisplay(0, false);
-            log.Write(Debug, "hidden");
+            manager.log.Write(Debug, "hidden");
             manager.Stop();
         });
         QVERIFY2(printed.find("] shown\r\n") != std::string::npos, printed.c_str());
         QCOMPARE(std::count(printed.begin(), printed.end(), '\n'), std::ptrdiff_t(1));
     }
 
-    void ConsoleColoursAreForTerminals_data()
-    {
-        const Rows<int, QByteArray, QByteArray> row("level onTerminal inPipe");
-        row("debug", 1, "text", "text");
-        row("info", 2, "\x1b[36mtext\x1b[0m", "");
-        row("warn", 3, "\x1b[33mtext\x1b[0m", "");
-        row("error", 4, "\x1b[31mtext\x1b[0m", "");
-        row("alarm", 5, "\x1b[32mtext\x1b[0m", "");
-        row("fatal", 6, "\x1b[35mtext\x1b[0m", "");
-        row("beyond", 7, "text", "text");
-    }
-
     void ConsoleColoursAreForTerminals()
     {
-        QFETCH(const int, level);
-        const auto show = [&] {
-            panelry::logger::Console console;
-            console.Refresh();
-            console.Show("text", level);
-        };
-        QTEST(QByteArray::fromStdString(Printed(show, true)), "onTerminal");
-        QTEST(QByteArray::fromStdString(Printed(show, false)), "inPipe");
+        const std::vector<std::pair<int, QByteArray>> colours{{1, ""},   {2, "36"}, {3, "33"}, {4, "31"},
+                                                              {5, "32"}, {6, "35"}, {7, ""}};
+        for (const auto& [level, colour] : colours) {
+            const auto shown = [level = level](bool toTerminal) {
+                const auto show = [level] {
+                    panelry::logger::Console console;
+                    console.Refresh();
+                    console.Show("text", level);
+                };
+                return QByteArray::fromStdString(Printed(show, toTerminal));
+            };
+            const bool isPlain = colour.isEmpty();
+            QCOMPARE(shown(true), isPlain ? "text" : "\x1b[" + colour + "mtext\x1b[0m");
+            QCOMPARE(shown(false), isPlain ? "text" : "");
+        }
     }
 };
 PANELRY_TEST(LinesTest)

@@ -1,12 +1,9 @@
 // A process that logs and comes to the end that its argument names.
 
 #include <dlfcn.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <malloc.h>
 #include <signal.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -29,8 +26,6 @@ namespace
 
 constexpr char kConfig[] = "log.cfg";
 constexpr int kLines = 5000;
-constexpr unsigned kPatienceSeconds = 30;
-constexpr uid_t kNobody = 65534;
 
 // Made before the manager, so it dies after it.
 struct LateModule {
@@ -101,7 +96,7 @@ void CorruptHeap()
 // A host that has loaded the logger; the thread that crashes has never been in it.
 void CrashInHeap()
 {
-    ::alarm(kPatienceSeconds);  // ends the process with another signal, should it hang
+    ::alarm(30);  // ends the process with another signal, should it hang
     void* const library = ::dlopen(LOGGING_LIBRARY, RTLD_NOW);
     const auto beginAndWrite =
         reinterpret_cast<void (*)(const char*, int)>(::dlsym(library, "BeginAndWrite"));
@@ -109,26 +104,13 @@ void CrashInHeap()
     std::thread(&CorruptHeap).join();
 }
 
-// What a sandbox does to a process that calls what it may not.
-void CallWhatIsForbidden()
-{
-    sock_filter rules[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getppid, 0, 1),
-                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP),
-                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-    const sock_fprog program{std::size(rules), rules};
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
-    ::syscall(SYS_getppid);
-}
-
-// As the kernel tells of a page that it has lost and nobody has touched.
-void LosePage()
+// As the kernel tells of a call that a sandbox forbids, and of a page that it has lost and nobody has touched.
+void Queue(int signal, int code)
 {
     siginfo_t info = {};
-    info.si_signo = SIGBUS;
-    info.si_code = BUS_MCEERR_AO;
-    ::syscall(SYS_rt_sigqueueinfo, ::getpid(), SIGBUS, &info);
+    info.si_signo = signal;
+    info.si_code = code;
+    ::syscall(SYS_rt_sigqueueinfo, ::getpid(), signal, &info);
 }
 
 void Crash(const std::string& fate)
@@ -140,9 +122,9 @@ void Crash(const std::string& fate)
     } else if (fate == "overflow") {
         Overflow(0);
     } else if (fate == "forbidden") {
-        CallWhatIsForbidden();
+        Queue(SIGSYS, 1);  // SYS_SECCOMP, for which the C library has no name
     } else if (fate == "lost page") {
-        LosePage();
+        Queue(SIGBUS, BUS_MCEERR_AO);
     } else if (fate == "busy") {
         std::thread([] {
             for (const Logger log;;) {
@@ -176,7 +158,7 @@ int LiveWhereOldLogsStay()
         std::this_thread::yield();
     }
     fs::permissions("data/log", fs::perms(0555));
-    if (me == 0 && ::seteuid(kNobody) != 0) {  // root may remove anything
+    if (me == 0 && ::seteuid(65534) != 0) {  // root may remove anything, nobody may not
         return 1;
     }
     EndLogging();
@@ -192,9 +174,9 @@ int LiveWhereOldLogsStay()
 
 }  // namespace
 
-int main(int argc, char* argv[])
+int main(int /*argc*/, char* argv[])
 {
-    const std::string fate = argc > 1 ? argv[1] : "";
+    const std::string fate = argv[1];
     WriteFile(kConfig, "[main]\npath=log\ndisplay=false\n");
     if (fate == "worker") {
         CrashWorker();

@@ -26,8 +26,7 @@ class Stage
 public:
     Stage();
     ~Stage();
-    Stage(const Stage&) = delete;
-    Stage& operator=(const Stage&) = delete;
+    Q_DISABLE_COPY(Stage)
 
 private:
     std::string m_former;
@@ -59,6 +58,17 @@ public:
     std::function<void()> atRandom;  // runs where a caller draws a number; set while nobody does
     mutable std::atomic<int> slept{0};
     mutable std::atomic<int> looks{0};  // at the clock
+};
+
+/// A manager on such surroundings, and its main logger.
+struct ManagerOnStage : SetSurroundings, log4z::LogerManager {
+    ManagerOnStage() : LogerManager(static_cast<SetSurroundings&>(*this)) {}
+
+    const logger::Logger log{0, *this};
+};
+
+struct RunningManager : ManagerOnStage {
+    RunningManager() { Start(); }
 };
 
 /// The name of a log file of this process: "<program>_<logger>_<minute>_<pid>_<index>.log".

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <optional>
 #include <random>
@@ -22,7 +21,6 @@
 
 #include "desk/providers/market_host.h"
 #include "market_day/books.h"
-#include "market_day/client.h"
 #include "market_day/trader.h"
 
 using namespace std::chrono_literals;
@@ -51,11 +49,7 @@ constexpr int kBlockedMs = 20;
 constexpr auto kLastCancel = 14h + 55min;
 constexpr auto kClosed = 15h + 1min;
 
-class Failure : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
+using Failure = std::runtime_error;
 
 /// The panels, from Init to Uninit.
 class Panels
@@ -119,17 +113,17 @@ public:
         TradeUntil(kLastCancel);
         Agree("the day's trade");
         TradeUntil(kClosed);
-        AgreeWhenAsked("the close");
+        Agree("the close", false);
     }
 
     void Tell() const
     {
-        const auto [deals, audit] =
-            m_host.Market().Read([](const panelry::desk::Exchange&, const panelry::desk::Brokerage& broker) {
-                return std::pair(broker.Deals(panelry::desk::AccountKind::Normal).size() +
-                                     broker.Deals(panelry::desk::AccountKind::Margin).size(),
-                                 broker.Audit());
-            });
+        using panelry::desk::AccountKind;
+        const auto [deals, audit] = m_host.Market().Read([](const auto&, const auto& broker) {
+            return std::pair(
+                broker.Deals(AccountKind::Normal).size() + broker.Deals(AccountKind::Margin).size(),
+                broker.Audit());
+        });
         std::printf("%d orders taken, %zu deals\n", m_trader.OrdersTaken(), deals);
         if (!audit.empty()) {
             throw Failure("the broker's books: " + audit);
@@ -156,30 +150,21 @@ private:
         m_host.Market().SetSpeed(0);
     }
 
-    /// With the clock standing still, an order and its cancel make the library ask for everything.
-    void Agree(const std::string& after)
+    /// With the clock standing still, an order and its cancel make the library ask for everything; else the client
+    /// does.
+    void Agree(const std::string& after, bool byOrder = true)
     {
-        WaitUntilAgreed(after, [this] { m_trader.OrderAndCancel(); });
-    }
-
-    void AgreeWhenAsked(const std::string& after)
-    {
-        WaitUntilAgreed(after, [this] { m_trader.AsClient().AskForAll(); });
-    }
-
-    template <typename Nudge>
-    void WaitUntilAgreed(const std::string& after, Nudge nudge)
-    {
-        const auto end = std::chrono::steady_clock::now() + kPatience;
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + kPatience;
         std::string difference;
         do {
-            nudge();
-            const auto again = std::chrono::steady_clock::now() + 2s;
+            byOrder ? m_trader.OrderAndCancel() : m_trader.AsClient().AskForAll();
+            const auto again = Clock::now() + 2s;
             do {
                 std::this_thread::sleep_for(5ms);  // between two looks
                 difference = Difference(BrokersBooks(m_host.Market()), PublishedBooks(m_host));
-            } while (!difference.empty() && std::chrono::steady_clock::now() < again);
-        } while (!difference.empty() && std::chrono::steady_clock::now() < end);
+            } while (!difference.empty() && Clock::now() < again);
+        } while (!difference.empty() && Clock::now() < end);
         if (!difference.empty()) {
             throw Failure("after " + after + ":\n" + difference);
         }
@@ -191,19 +176,6 @@ private:
     const double m_speed;
     Trader m_trader;
 };
-
-void PlayDay(const char* library, const MarketHost::Settings& settings, double speed)
-{
-    MarketHost host(settings);
-    host.Start();
-    {
-        const Panels panels(library, host);
-        Day day(host, speed);
-        day.Play();
-        day.Tell();
-    }
-    host.Stop();
-}
 
 }  // namespace
 
@@ -223,7 +195,15 @@ int main(int argc, char* argv[])
         settings.store = store;
         settings.speed = 0;
         settings.startOfDay = kOpening;
-        PlayDay(argv[1], settings, std::getenv("PANELRY_SOAK") ? kSoakSpeed : 0);
+        MarketHost host(settings);
+        host.Start();
+        {
+            const Panels panels(argv[1], host);
+            Day day(host, std::getenv("PANELRY_SOAK") ? kSoakSpeed : 0);
+            day.Play();
+            day.Tell();
+        }
+        host.Stop();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "market_day: %s\n", error.what());
         status = 1;

@@ -16,7 +16,6 @@
 #include <QTimer>
 #include <QVariant>
 #include <QWidget>
-#include <charconv>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -37,18 +36,31 @@ enum Kind : std::uint32_t {
     kWidget = 1,
     kObject = 2,   // no widget, but a QObject
     kNothing = 3,  // neither
-    kCounter = 8,  // a QObject that counts numbered messages instead of reporting them
     kMarker = 9,   // a QObject that only repeats the push data "marker ...": whoever sees it knows that all
                    // before it is done
 };
 
 constexpr int kCommand = 900;
-constexpr int kNumbered = 7;
 constexpr std::uint32_t kSharedId = 3001;
 constexpr std::size_t kLongest = 4096;
 
 int modulesAlive = 0;
 int widgetsAlive = 0;
+
+template <class T>
+T Next(std::istream& words)
+{
+    T next{};
+    words >> next;
+    return next;
+}
+
+std::string Rest(std::istream& words)
+{
+    std::string rest;
+    std::getline(words >> std::ws, rest);
+    return rest;
+}
 
 template <class Function>
 Function* OfHost(const char* name)
@@ -119,37 +131,6 @@ protected:
 
 private:
     const std::string m_name;
-};
-
-/// Checks that the numbers of each thread come one after the other. The sender gives every third number the
-/// type that is dropped, the others operate messages and push data in turn.
-class Counter
-{
-public:
-    void Take(const char* text, bool push)
-    {
-        unsigned thread = 0;
-        unsigned number = 0;
-        const char* const end = text + std::char_traits<char>::length(text);
-        const auto first = std::from_chars(text, end, thread);
-        const auto second = std::from_chars(first.ptr + 1, end, number);
-        unsigned& expected = m_expected[thread];
-        m_faults += second.ptr != end || number != expected || push != (number % 3 == 1);
-        expected = number + (push ? 2 : 1);
-        ++m_count;
-    }
-
-    std::string Result() const
-    {
-        return std::to_string(m_expected.size()) + " threads " + std::to_string(m_count) + " messages " +
-               std::to_string(m_faults) + " faults";
-    }
-    bool Fresh() const { return m_count == 0; }
-
-private:
-    std::map<unsigned, unsigned> m_expected;
-    unsigned m_count = 0;
-    unsigned m_faults = 0;
 };
 
 class Reporter : public ModuleBase
@@ -235,34 +216,18 @@ public:
             Say("OnMessage 119 " + TextOf(*static_cast<const uiohook_event*>(payload)));
         } else if (msgId == kCommand) {
             Obey(text);
-        } else if (m_kind == kCounter && (msgId == kNumbered || msgId == panelry::kPushData)) {
-            if (m_counter.Fresh()) {
-                Say("counting");
-            }
-            m_counter.Take(text, msgId == panelry::kPushData);
-        } else if (m_kind == kMarker) {
-            RepeatMarker(msgId, text);
-        } else {
+        } else if (m_kind != kMarker) {
             Say("OnMessage " + std::to_string(msgId) + " " + Shortened(text));
+        } else if (msgId == panelry::kPushData && Shortened(text).find("marker") == 0) {
+            Report(text);
         }
     }
-
-protected:
-    virtual const void* WholeObject() const { return this; }
 
 private:
     void Say(const std::string& what) const
     {
-        if (m_kind != kMarker && (m_kind != kCounter || what.find("OnMessage") != 0)) {
+        if (m_kind != kMarker) {
             Report(m_name + " " + what);
-        }
-    }
-
-    static void RepeatMarker(int msgId, const char* text)
-    {
-        const std::string marker = text ? text : "";
-        if (msgId == panelry::kPushData && marker.find("marker") == 0) {
-            Report(marker);
         }
     }
 
@@ -277,58 +242,40 @@ private:
     void Obey(const std::string& command)
     {
         std::istringstream words(command);
-        std::string verb;
-        words >> verb;
+        const auto verb = Next<std::string>(words);
         if (verb == "ask") {
-            std::string question;
-            words >> question;
+            const auto question = Next<std::string>(words);
             Say("answer " + Answer(question, words));
         } else if (verb == "send") {
-            int msgId = 0;
-            int target = 0;
-            std::string text;
-            std::getline(words >> msgId >> target >> std::ws, text);
-            m_manager->SendModuleMessage(msgId, text.data(), this, target);
+            const int msgId = Next<int>(words);
+            const int target = Next<int>(words);
+            m_manager->SendModuleMessage(msgId, Rest(words).data(), this, target);
             Say("sent " + std::to_string(msgId));
         } else if (verb == "soon") {  // in an event of its own, no call of the library's
-            std::string later;
-            std::getline(words >> std::ws, later);
-            QTimer::singleShot(0, m_widget, [this, later] {
+            QTimer::singleShot(0, m_widget, [this, later = Rest(words)] {
                 Obey(later);
                 Say("over");
             });
         } else if (verb == "log") {
-            int level = 0;
-            std::string text;
-            std::getline(words >> level >> std::ws, text);
-            m_manager->WriteModuleLog(level, text.c_str());
+            const int level = Next<int>(words);
+            m_manager->WriteModuleLog(level, Rest(words).c_str());
         } else if (verb == "pick" || verb == "watch") {
-            std::string code;
-            words >> code;
-            SendStock(code, verb == "watch");
+            SendStock(Next<std::string>(words), verb == "watch");
         } else if (verb == "crash") {
             std::abort();
         } else if (verb == "sub") {
-            int id = 0;
-            words >> id;
-            Say(m_manager->CreateSubModule(id, this) ? "sub-module" : "no sub-module");
-        } else if (m_widget && (verb == "press" || verb == "presslater")) {
-            std::string button;
-            words >> button;
-            Press(QString::fromStdString(button), verb == "presslater");
+            Say(m_manager->CreateSubModule(Next<int>(words), this) ? "sub-module" : "no sub-module");
+        } else if (verb == "press" && m_widget) {
+            const QString name = QString::fromStdString(Next<std::string>(words));
+            if (auto* const button = m_widget->window()->findChild<QPushButton*>(name)) {
+                button->click();
+            }
         } else if (verb == "close") {
             m_widget->window()->close();
         } else if (verb == "data") {
-            m_widget->setProperty(
-                panelry::kModuleData,
-                QVariantMap{{QStringLiteral("on"), true}, {QStringLiteral("名"), QStringLiteral("值")}});
-        } else if (verb == "move") {
-            int x = 0;
-            int y = 0;
-            words >> x >> y;
-            m_widget->window()->move(x, y);
+            m_widget->setProperty(panelry::kModuleData, QVariantMap{{"on", true}, {"名", "值"}});
         } else if (verb == "lastwords") {
-            std::getline(words >> std::ws, m_lastWords);
+            m_lastWords = Rest(words);
         } else if (verb == "nest") {
             Nest();
         } else if (verb == "quit") {
@@ -338,9 +285,8 @@ private:
 
     std::string Answer(const std::string& question, std::istream& words) const
     {
-        std::string first;
-        std::string second;
-        words >> first >> second;
+        const auto first = Next<std::string>(words);
+        const auto second = Next<std::string>(words);
         const ResourceManager& resources = *ResourceManager::Instance(true);
         const std::map<std::string, std::function<QString()>> answers{
             {"directory", [] { return QDir::currentPath(); }},
@@ -353,45 +299,28 @@ private:
             {"alive",
              [] { return QStringLiteral("%1 modules %2 widgets").arg(modulesAlive).arg(widgetsAlive); }},
             {"windows", [] { return QString::number(QApplication::topLevelWidgets().size()); }},
-            {"frame", [this] { return FrameFacts(); }},
-            {"count", [this] { return QString::fromStdString(m_counter.Result()); }},
+            {"titles", [this] { return Titles(); }},
         };
         return answers.at(question)().toStdString();
     }
 
     static QString Look()
     {
-        QStringList facts;
-        if (QApplication::font().styleStrategy() & QFont::PreferAntialias) {
-            facts << QStringLiteral("antialiased");
-        }
-        if (QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps)) {
-            facts << QStringLiteral("sharp");
-        }
-        if (QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling) &&
-            QGuiApplication::highDpiScaleFactorRoundingPolicy() ==
-                Qt::HighDpiScaleFactorRoundingPolicy::Round) {
-            facts << QStringLiteral("scaled");
-        }
-        return facts.join(QLatin1Char(' '));
+        const bool isScaled = QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling) &&
+                              QGuiApplication::highDpiScaleFactorRoundingPolicy() ==
+                                  Qt::HighDpiScaleFactorRoundingPolicy::Round;
+        const bool isSharp = QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps);
+        const bool isAntialiased = QApplication::font().styleStrategy() & QFont::PreferAntialias;
+        return QString(isAntialiased ? "antialiased " : "") + (isSharp ? "sharp " : "") +
+               (isScaled ? "scaled" : "");
     }
 
-    QString FrameFacts() const
+    QString Titles() const
     {
         const QWidget* const window = m_widget->window();
-        if (window == m_widget) {
-            return QStringLiteral("bare");
-        }
-        const auto* const clone = window->findChild<QPushButton*>(QStringLiteral("clonebtn_titlebar"));
-        return QStringLiteral("%1 %2x%3 title=%4 label=%5 name=%6 clone=%7%8")
-            .arg(window->objectName())
-            .arg(window->width())
-            .arg(window->height())
-            .arg(window->windowTitle(),
-                 window->findChild<QLabel*>(QStringLiteral("titletextlable_titlebar"))->text(),
-                 m_widget->property(panelry::kModuleName).toString(),
-                 clone->isVisibleTo(window) ? QStringLiteral("shown") : QStringLiteral("hidden"),
-                 clone->isEnabled() ? QStringLiteral("") : QStringLiteral(",disabled"));
+        return QStringLiteral("title=%1 label=%2 name=%3")
+            .arg(window->windowTitle(), window->findChild<QLabel*>("titletextlable_titlebar")->text(),
+                 m_widget->property(panelry::kModuleName).toString());
     }
 
     // Selects a stock, or has it put on the watchlist.
@@ -405,19 +334,6 @@ private:
             m_manager->SendModuleMessage(panelry::kWatchlistRequest, &request, this, -1);
         } else {
             m_manager->SendModuleMessage(panelry::kStockSelected, &stock, this, -1);
-        }
-    }
-
-    void Press(const QString& objectName, bool later)
-    {
-        const QPointer<QPushButton> button = m_widget->window()->findChild<QPushButton*>(objectName);
-        if (!button) {
-            return;
-        }
-        if (later) {
-            QTimer::singleShot(0, qApp, [button] { button->click(); });
-        } else {
-            button->click();
         }
     }
 
@@ -442,7 +358,6 @@ private:
     std::string m_name;
     std::string m_lastWords;
     QPointer<Panel> m_widget;
-    Counter m_counter;
     bool m_infoAsked = false;
     bool m_widgetAsked = false;
 };
@@ -454,27 +369,17 @@ public:
     using Reporter::Reporter;
 };
 
-ModuleInfo Offer(std::uint32_t id)
-{
-    ModuleInfo info;
-    info.module_kind = 3;
-    info.module_id = id;
-    info.module_key = "key";
-    info.module_title = "Panel " + std::to_string(id);
-    info.module_extra = "extra";
-    return info;
-}
-
 }  // namespace
 
 std::vector<ModuleInfo>* GetModuleInfo()
 {
     static std::vector<ModuleInfo>& offered = *new std::vector<ModuleInfo>;
     if (offered.empty()) {
-        for (const Kind kind : {kWidget, kObject, kNothing, kCounter, kMarker}) {
-            offered.push_back(Offer(PANELRY_TEST_FIRST_ID + kind));
+        for (const std::uint32_t id :
+             {PANELRY_TEST_FIRST_ID + kWidget, PANELRY_TEST_FIRST_ID + kObject,
+              PANELRY_TEST_FIRST_ID + kNothing, PANELRY_TEST_FIRST_ID + kMarker, kSharedId}) {
+            offered.push_back({3, id, "key", "Panel " + std::to_string(id), "extra"});
         }
-        offered.push_back(Offer(kSharedId));
     }
     Report("loading " PANELRY_TEST_LIBRARY);
     return &offered;
@@ -482,11 +387,6 @@ std::vector<ModuleInfo>* GetModuleInfo()
 
 ModuleBase* CreateModule(InstanceInfo* info)
 {
-    switch (info->module_id % 100) {
-        case kWidget:
-        case kNothing:
-            return new Reporter(*info);
-        default:
-            return new ObjectReporter(*info);
-    }
+    const std::uint32_t kind = info->module_id % 100;
+    return kind == kWidget || kind == kNothing ? new Reporter(*info) : new ObjectReporter(*info);
 }

@@ -111,7 +111,7 @@ private:
     }
 };
 
-/// A trade provider with the maps, tables and texts that a test puts into it.
+/// A trade provider with the maps, tables and texts that a test puts into it; keeps the requests. Any thread.
 class FakeTradeProvider : public FakeProvider, public TradeProvider
 {
 public:
@@ -124,12 +124,16 @@ public:
     int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
                          std::shared_ptr<ddsdk::TradeRequestParam> request) override
     {
+        m_lock.lock();
+        m_sent.push_back(request);
+        m_lock.unlock();
         return Record("SendTradeRequest " + request->head["type"], subscriber.get());
     }
     int GetString(const std::string& key, std::shared_ptr<std::string>& value) override
     {
-        value = m_strings[key];
-        return Record("GetString " + key);
+        value = Kept(m_strings, key);
+        const int result = Record("GetString " + key);
+        return value ? result : -1;
     }
     int SubscribeKey(const std::string& name, bool on, std::shared_ptr<TradeObserver> subscriber) override
     {
@@ -137,23 +141,36 @@ public:
     }
     int SetStringMap(const std::string& name, std::shared_ptr<StringMap> map) override
     {
-        m_maps[name] = std::move(map);
+        m_lock.lock();
+        m_maps[name] = *map;
+        m_lock.unlock();
         return Record("SetStringMap " + name);
     }
     std::shared_ptr<StringMap> GetStringMap(const std::string& name) override
     {
         Record("GetStringMap " + name);
-        return m_maps[name];
+        return Kept(m_maps, name);
     }
     std::shared_ptr<HostTable> GetTable(const std::string& name) override
     {
         Record("GetTable " + name);
-        return m_tables[name];
+        const auto table = Kept(m_tables, name);
+        return table ? *table : nullptr;
     }
 
-    std::map<std::string, std::shared_ptr<std::string>> m_strings;
-    std::map<std::string, std::shared_ptr<StringMap>> m_maps;
+    std::map<std::string, std::string> m_strings;  // these are set while nobody calls
+    std::map<std::string, StringMap> m_maps;
     std::map<std::string, std::shared_ptr<HostTable>> m_tables;
+    std::vector<std::shared_ptr<ddsdk::TradeRequestParam>> m_sent;
+
+private:
+    template <class Value>
+    std::shared_ptr<Value> Kept(const std::map<std::string, Value>& values, const std::string& name) const
+    {
+        const std::lock_guard guard(m_lock);
+        const auto found = values.find(name);
+        return found == values.end() ? nullptr : std::make_shared<Value>(found->second);
+    }
 };
 
 /// Both observers in one object, as the library's own have it.

@@ -3,12 +3,10 @@
 #include "observers/fake_providers.h"
 #include "support/slot_of.h"
 #include "support/test.h"
+#include "support/text_rows.h"
 #include "watchlist/watchlist_listener.h"
 
-using panelry::test::FakeQuoteProvider;
-using panelry::test::FakeTradeProvider;
-using panelry::test::PairOfObservers;
-using panelry::test::SlotOf;
+using namespace panelry::test;
 
 namespace
 {
@@ -17,7 +15,6 @@ using Calls = std::vector<std::string>;
 using Codes = std::vector<MarketCode>;
 
 constexpr bool kOn = true;
-constexpr bool kOff = false;
 
 // A pair with its two providers, attached.
 struct Stage {
@@ -56,11 +53,11 @@ std::string KeysOf(const PairOfObservers& pair)
     for (const std::string& key : pair.SubscribedCodes()) {
         keys += std::to_string(static_cast<unsigned char>(key.front())) + ':' + key.substr(1) + ' ';
     }
-    for (const std::uint32_t topic : pair.SubscribedTopicsA()) {
-        keys += 'A' + std::to_string(topic) + ' ';
-    }
-    for (const std::uint32_t topic : pair.SubscribedTopicsB()) {
-        keys += 'B' + std::to_string(topic) + ' ';
+    for (const auto& [kind, topics] :
+         {std::pair('A', pair.SubscribedTopicsA()), {'B', pair.SubscribedTopicsB()}}) {
+        for (const std::uint32_t topic : topics) {
+            keys += kind + std::to_string(topic) + ' ';
+        }
     }
     for (const std::string& key : pair.SubscribedKeys()) {
         keys += key + ' ';
@@ -68,15 +65,7 @@ std::string KeysOf(const PairOfObservers& pair)
     return keys;
 }
 
-template <class... Operation>
-std::vector<int> PlacesOf(Operation... operations)
-{
-    return {SlotOf(operations)...};
-}
-
 }  // namespace
-
-Q_DECLARE_METATYPE(std::string)
 
 class ObserversTest : public panelry::test::Test
 {
@@ -90,66 +79,58 @@ private Q_SLOTS:
         using Quotes = QuoteProvider;
         using Trades = TradeProvider;
         using Answer = HostAnswerTable;
-        QCOMPARE(PlacesOf(&Quotes::Attach, &Quotes::QueryQuoteFields, &Quotes::SubscribeCodes,
-                          &Quotes::SubscribeTopicA, &Quotes::SubscribeTopicB, &Quotes::ResolveCodeMarkets,
-                          &Quotes::ListCodeMatches, &Quotes::AgreedQuoteCall),
+        QCOMPARE(SlotsOf(&Quotes::Attach, &Quotes::QueryQuoteFields, &Quotes::SubscribeCodes,
+                         &Quotes::SubscribeTopicA, &Quotes::SubscribeTopicB, &Quotes::ResolveCodeMarkets,
+                         &Quotes::ListCodeMatches, &Quotes::AgreedQuoteCall),
                  (Places{3, 5, 7, 8, 9, 10, 15, 16}));
         QCOMPARE(
-            PlacesOf(&Trades::Attach, &Trades::SendTradeRequest, &Trades::GetString, &Trades::SubscribeKey,
-                     &Trades::SetStringMap, &Trades::GetStringMap, &Trades::GetTable),
+            SlotsOf(&Trades::Attach, &Trades::SendTradeRequest, &Trades::GetString, &Trades::SubscribeKey,
+                    &Trades::SetStringMap, &Trades::GetStringMap, &Trades::GetTable),
             (Places{2, 3, 6, 7, 8, 10, 11}));
         QCOMPARE(
-            PlacesOf(&HostTable::Name, &HostTable::RowCount, &HostTable::CellText, &HostTable::FindColumn),
+            SlotsOf(&HostTable::Name, &HostTable::RowCount, &HostTable::CellText, &HostTable::FindColumn),
             (Places{2, 3, 4, 5}));
-        QCOMPARE(PlacesOf(&Answer::ColumnCount, &Answer::RowCount, &Answer::ColumnInfo, &Answer::CellValue),
+        QCOMPARE(SlotsOf(&Answer::ColumnCount, &Answer::RowCount, &Answer::ColumnInfo, &Answer::CellValue),
                  (Places{2, 3, 4, 5}));
         QCOMPARE(SlotOf(&WatchlistListener::OnWatchlistEvent), 2);
         const int quote = SlotOf(&QuoteObserver::ForwardQuoteCall);
         QCOMPARE(
-            PlacesOf(&QuoteObserver::ObserverSelf, &QuoteObserver::OnQuotePush, &QuoteObserver::OnQuoteEvent),
+            SlotsOf(&QuoteObserver::ObserverSelf, &QuoteObserver::OnQuotePush, &QuoteObserver::OnQuoteEvent),
             (Places{quote + 1, quote + 2, quote + 3}));
         const int trade = SlotOf(&TradeObserver::ObserverSelf);
-        QCOMPARE(PlacesOf(&TradeObserver::OnTableChanged, &TradeObserver::OnDataPush,
-                          &TradeObserver::OnFundsPush, &TradeObserver::OnLoginState),
+        QCOMPARE(SlotsOf(&TradeObserver::OnTableChanged, &TradeObserver::OnDataPush,
+                         &TradeObserver::OnFundsPush, &TradeObserver::OnLoginState),
                  (Places{trade + 1, trade + 2, trade + 3, trade + 4}));
     }
 
     // What the provider hears and what is remembered, by its result. "there", A7 and B7 are subscribed before.
     void Subscriptions_data()
     {
-        QTest::addColumn<std::string>("what");
-        QTest::addColumn<bool>("on");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<std::string>("heard");
-        QTest::addColumn<std::string>("remembered");
-        const std::string before = "0:there A7 B7 there ";
-        const auto row = [](const char* what, bool on, int result, const char* heard,
-                            const std::string& remembered) {
-            QTest::addRow("%s %s: %d", what, on ? "on" : "off", result)
-                << std::string(what) << on << result << std::string(heard) << remembered;
-        };
-        const char* const codesOn = "SubscribeCodes 16:600000 0:unknown on self";
-        row("codes", kOn, 2, codesOn, "0:there 0:unknown 16:600000 A7 B7 there ");
-        row("codes", kOn, -3, codesOn, before);
-        row("codes", kOff, 0, "SubscribeCodes 16:600000 0:unknown off self", before);
-        row("A4000000000", kOn, 0, "SubscribeTopicA 4000000000 on self", "0:there A7 A4000000000 B7 there ");
-        row("A8", kOn, 1, "SubscribeTopicA 8 on self", before);
-        row("A7", kOff, 0, "SubscribeTopicA 7 off self", "0:there B7 there ");
-        row("A7", kOff, -1, "SubscribeTopicA 7 off self", before);
-        row("B8", kOn, 0, "SubscribeTopicB 1 2 8 on self", "0:there A7 B7 B8 there ");
-        row("B8", kOn, 1, "SubscribeTopicB 1 2 8 on self", before);
-        row("B7", kOff, 0, "SubscribeTopicB 1 2 7 off self", "0:there A7 there ");
-        row("new", kOn, 0, "SubscribeKey new on self", "0:there A7 B7 new there ");
-        row("new", kOn, 1, "SubscribeKey new on self", before);
-        row("there", kOff, 0, "SubscribeKey there off self", "0:there A7 B7 ");
-        row("there", kOff, 1, "SubscribeKey there off self", before);
+        const QByteArray before = "0:there A7 B7 there ";
+        TextRows("heard remembered", {{"codes on 2", "SubscribeCodes 16:600000 0:unknown on self",
+                                       "0:there 0:unknown 16:600000 A7 B7 there "},
+                                      {"codes on -3", "SubscribeCodes 16:600000 0:unknown on self", before},
+                                      {"codes off 0", "SubscribeCodes 16:600000 0:unknown off self", before},
+                                      {"A4000000000 on 0", "SubscribeTopicA 4000000000 on self",
+                                       "0:there A7 A4000000000 B7 there "},
+                                      {"A8 on 1", "SubscribeTopicA 8 on self", before},
+                                      {"A7 off 0", "SubscribeTopicA 7 off self", "0:there B7 there "},
+                                      {"A7 off -1", "SubscribeTopicA 7 off self", before},
+                                      {"B8 on 0", "SubscribeTopicB 1 2 8 on self", "0:there A7 B7 B8 there "},
+                                      {"B8 on 1", "SubscribeTopicB 1 2 8 on self", before},
+                                      {"B7 off 0", "SubscribeTopicB 1 2 7 off self", "0:there A7 there "},
+                                      {"new on 0", "SubscribeKey new on self", "0:there A7 B7 new there "},
+                                      {"new on 1", "SubscribeKey new on self", before},
+                                      {"there off 0", "SubscribeKey there off self", "0:there A7 B7 "},
+                                      {"there off 1", "SubscribeKey there off self", before}});
     }
 
     void Subscriptions()
     {
-        QFETCH(const std::string, what);
-        QFETCH(const bool, on);
-        QFETCH(const int, result);
+        const QByteArrayList words = QByteArray(QTest::currentDataTag()).split(' ');
+        const std::string what = words[0].toStdString();
+        const bool on = words[1] == "on";
+        const int result = words[2].toInt();
         Stage stage;
         Codes there{{0, "there"}};
         stage.pair->SubscribeCodes(there, kOn);
@@ -160,8 +141,9 @@ private Q_SLOTS:
         stage.quotes.m_result = stage.trades.m_result = result;
         QCOMPARE(Subscribe(*stage.pair, what, on), result);
         const bool quoteHeard = stage.quotes.Calls().size() > quoteCalls;
-        QTEST((quoteHeard ? stage.quotes.Calls() : stage.trades.Calls()).back(), "heard");
-        QTEST(KeysOf(*stage.pair), "remembered");
+        QCOMPARE((quoteHeard ? stage.quotes.Calls() : stage.trades.Calls()).back(),
+                 std::string(Given("heard")));
+        QCOMPARE(KeysOf(*stage.pair), std::string(Given("remembered")));
 
         // The same without a provider, on an object that nobody shares and which thus can't pass itself on.
         PairOfObservers bare;
@@ -175,10 +157,10 @@ private Q_SLOTS:
         Stage stage;
         PairOfObservers bare;
         stage.quotes.m_result = stage.trades.m_result = -4;
-        const auto map = std::make_shared<StringMap>();
+        const auto map = std::make_shared<StringMap>(StringMap{{"zcc", "1"}});
         const auto request = std::make_shared<ddsdk::TradeRequestParam>();
         request->head["type"] = "1025";
-        stage.trades.m_strings["account"] = std::make_shared<std::string>("1234");
+        stage.trades.m_strings["account"] = "1234";
         for (PairOfObservers* const pair : {stage.pair.get(), &bare}) {
             const bool isBare = pair == &bare;
             const int result = isBare ? -1 : -4;
@@ -197,7 +179,8 @@ private Q_SLOTS:
             QCOMPARE(pair->GetString("account", text), result);
             QVERIFY(isBare ? !text : *text == "1234");
             QCOMPARE(pair->SetStringMap("zijin", map), result);
-            QCOMPARE(pair->GetStringMap("zijin"), isBare ? nullptr : map);
+            const std::shared_ptr<StringMap> stored = pair->GetStringMap("zijin");
+            QVERIFY(isBare ? !stored : *stored == *map);
             QVERIFY(!pair->GetStringMap("other") && !pair->GetTable("account_table"));
         }
         QCOMPARE(bare.QuoteObserver::SetProvider(nullptr), -1);
@@ -220,7 +203,7 @@ private Q_SLOTS:
             QCOMPARE(stage.pair->ResolveCodeMarkets(resolved), result);
             for (const Codes& codes : {subscribed, resolved}) {
                 QCOMPARE(codes.size(), std::size_t{result < 0 ? 1U : 2U});
-                QCOMPARE(codes.front().code, std::string("600000"));
+                QCOMPARE(codes.front().code, "600000");
             }
         }
     }
@@ -265,7 +248,7 @@ private Q_SLOTS:
         for (const char* const what : {"codes", "A2", "B2"}) {
             answerFromOutside([&] { Subscribe(*stage.pair, what, kOn); });
         }
-        answerFromOutside([&] { Subscribe(*stage.pair, "key", kOff); });
+        answerFromOutside([&] { Subscribe(*stage.pair, "key", !kOn); });
         answerFromOutside([&] { stage.pair->UnsubscribeTopicsA(); });
         answerFromOutside([&] { stage.pair->UnsubscribeAll(); });
         QCOMPARE(stage.pair->SubscribedKeys(), (std::set<std::string>{"inside"}));

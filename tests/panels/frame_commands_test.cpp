@@ -5,7 +5,11 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include "support/literals.h"
 #include "support/test.h"
+
+using namespace panelry;
+using namespace panelry::test;
 
 namespace
 {
@@ -31,23 +35,23 @@ private Q_SLOTS:
         QWidget widget(&frame);
         QPushButton clone(&frame);
         QPushButton close(&frame);
-        clone.setObjectName(QStringLiteral("clonebtn_titlebar"));
-        close.setObjectName(QStringLiteral("closebtn_titlebar"));
+        clone.setObjectName("clonebtn_titlebar"_q);
+        close.setObjectName("closebtn_titlebar"_q);
         QString pressed;
         connect(&clone, &QPushButton::clicked, this, [&pressed] { pressed += QLatin1String("clone "); });
         connect(&close, &QPushButton::clicked, this, [&pressed] { pressed += QLatin1String("close "); });
         for (const int command : {9001, 9002, 9003}) {
-            QCOMPARE(panelry::HandleFrameCommand(command, &widget), command != 9003);
+            QCOMPARE(HandleFrameCommand(command, &widget), command != 9003);
         }
         QVERIFY(pressed.isEmpty());
         QVERIFY(NextTurn());
-        QCOMPARE(pressed, QStringLiteral("clone close "));
+        QCOMPARE(pressed, "clone close "_q);
         clone.setEnabled(false);  // no more clones
         close.hide();             // not offered at all
         for (const int command : {9001, 9002}) {
-            QVERIFY(panelry::HandleFrameCommand(command, &widget) && NextTurn());
+            QVERIFY(HandleFrameCommand(command, &widget) && NextTurn());
         }
-        QCOMPARE(pressed, QStringLiteral("clone close "));
+        QCOMPARE(pressed, "clone close "_q);
     }
 
     // The panel may run that loop itself: its open context menu, say.
@@ -56,14 +60,14 @@ private Q_SLOTS:
         QWidget frame;
         auto* const widget = new QWidget(&frame);
         QPushButton close(&frame);
-        close.setObjectName(QStringLiteral("closebtn_titlebar"));
+        close.setObjectName("closebtn_titlebar"_q);
         connect(&close, &QPushButton::clicked, this, [widget] { delete widget; });
         QEventLoop outer;
         connect(widget, &QObject::destroyed, &outer, &QEventLoop::quit);
         bool lived = false;
         QTimer::singleShot(0, [widget = QPointer<QWidget>(widget), &lived] {
             QEventLoop nested;
-            QVERIFY(panelry::HandleFrameCommand(9002, widget));
+            QVERIFY(HandleFrameCommand(9002, widget));
             QTimer::singleShot(0, &nested, &QEventLoop::quit);  // behind the press that was put off
             nested.exec();
             lived = !widget.isNull();
@@ -76,12 +80,12 @@ private Q_SLOTS:
     {
         auto frame = std::make_unique<QWidget>();
         auto* const widget = new QWidget(frame.get());
-        QVERIFY(panelry::HandleFrameCommand(9002, widget));
+        QVERIFY(HandleFrameCommand(9002, widget));
         frame.reset();
         QVERIFY(NextTurn());
 
         QWidget bare;
-        QVERIFY(panelry::HandleFrameCommand(9002, &bare));
+        QVERIFY(HandleFrameCommand(9002, &bare));
         QVERIFY(NextTurn());
     }
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <vector>
 
 #include "hosting/message_ids.h"
@@ -14,15 +15,19 @@ public:
     struct Sent {
         int msgId;
         StringMap stock;  // of 102
+        QByteArray text;  // of 205
         ModuleBase* sender;
         int target;
     };
 
     void SendModuleMessage(int msgId, void* payload, ModuleBase* sender, int targetModuleId) override
     {
-        const bool stock = msgId == panelry::kStockSelected && payload;
-        sent.push_back(
-            {msgId, stock ? *static_cast<StringMap*>(payload) : StringMap(), sender, targetModuleId});
+        Sent& kept = sent.emplace_back(Sent{msgId, {}, {}, sender, targetModuleId});
+        if (msgId == panelry::kStockSelected && payload) {
+            kept.stock = *static_cast<StringMap*>(payload);
+        } else if (msgId == panelry::kToHost205) {
+            kept.text = static_cast<const char*>(payload);
+        }
     }
     std::shared_ptr<ModuleBase> CreateSubModule(int, ModuleBase*) override { return nullptr; }
     void WriteModuleLog(int, const char*) override {}

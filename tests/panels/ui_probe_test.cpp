@@ -18,63 +18,64 @@
 #include <QVBoxLayout>
 
 #include "recording_manager.h"
+#include "support/literals.h"
 #include "support/rows.h"
 #include "support/test.h"
 #include "ui_probe/ui_probe_module.h"
 #include "ui_probe/widget_values.h"
 
-using panelry::Probe;
-using panelry::test::Rows;
+using namespace panelry;
+using namespace panelry::test;
 
 namespace
 {
 
-QJsonObject Json(QString text)
+// JSON stands here with single quotes for double ones.
+QByteArray Quoted(QString text)
 {
-    text.replace(QLatin1Char('\''), QLatin1Char('"'));
-    return QJsonDocument::fromJson(text.toUtf8()).object();
+    return text.replace(QLatin1Char('\''), QLatin1Char('"')).toUtf8();
 }
+
+QJsonObject Json(const QString& text)
+{
+    return QJsonDocument::fromJson(Quoted(text)).object();
+}
+
+/// What the probe says; its parts as JSON, "" where there is none.
+struct Answer : QJsonObject {
+    QByteArray operator[](const char* part) const
+    {
+        const QByteArray list =
+            QJsonDocument(QJsonArray{value(QLatin1String(part))}).toJson(QJsonDocument::Compact);
+        return contains(QLatin1String(part)) ? list.mid(1, list.size() - 2).replace('"', '\'') : "";
+    }
+    QString Error() const { return value("error"_q).toString("no error"_q); }
+};
 
 /// A probe and what it answers.
 class Asker
 {
 public:
-    Asker() : probe(std::make_unique<Probe>([this](const QByteArray& text) { Take(text); })) {}
-
-    /// The answer to a request that stands between the braces, quotes written as '.
-    QJsonObject operator()(const QString& request)
+    /// The answer to a request that stands between the braces.
+    Answer operator()(const QString& request)
     {
         const std::size_t before = answers.size();
         Send(request);
-        return QTest::qWaitFor([&] { return answers.size() > before; }) ? answers.back() : QJsonObject();
+        return QTest::qWaitFor([&] { return answers.size() > before; }) ? answers.back() : Answer();
     }
-    void Send(QString request)
-    {
-        probe->Take(QStringLiteral("{%1}")
-                        .arg(request.replace(QLatin1Char('\''), QLatin1Char('"')))
-                        .toUtf8()
-                        .constData());
-    }
-    QString Error(const QString& request)
-    {
-        const QJsonObject answer = (*this)(request);
-        return answer[QLatin1String("ok")] == false ? answer[QLatin1String("error")].toString()
-                                                    : QStringLiteral("no error");
-    }
+    void Send(const QString& request) { probe->Take(Quoted("{%1}"_q.arg(request)).constData()); }
     bool Ok(const QString& request)
     {
-        const QJsonObject answer = (*this)(request);
-        if (answer[QLatin1String("ok")] != true) {
+        const Answer answer = (*this)(request);
+        if (answer["ok"] != "true") {
             qInfo() << request << answer;
         }
-        return answer[QLatin1String("ok")] == true;
+        return answer["ok"] == "true";
     }
 
-    std::unique_ptr<Probe> probe;
-    std::vector<QJsonObject> answers;
-
-private:
-    void Take(const QByteArray& text) { answers.push_back(QJsonDocument::fromJson(text).object()); }
+    std::vector<Answer> answers;
+    std::unique_ptr<Probe> probe = std::make_unique<Probe>(
+        [this](const QByteArray& text) { answers.push_back({QJsonDocument::fromJson(text).object()}); });
 };
 
 /// A view that paints its price itself and tells screen readers.
@@ -84,12 +85,9 @@ class PriceView : public QWidget
     Q_PROPERTY(double price MEMBER m_price)
     Q_PROPERTY(QString stock MEMBER m_stock)
 
-public:
-    using QWidget::QWidget;
-
 private:
     double m_price = 12.5;
-    QString m_stock = QStringLiteral("演示股份");
+    QString m_stock = "演示股份"_q;
 };
 
 /// A window with a widget of each kind.
@@ -100,38 +98,33 @@ class Stage : public QWidget
 public:
     Stage()
     {
-        setObjectName(QStringLiteral("stage"));
-        setWindowTitle(QStringLiteral("模拟窗口"));
-        auto* const layout = new QVBoxLayout(this);
-        const auto add = [layout](QWidget* widget, const char* name) {
-            widget->setObjectName(QLatin1String(name));
-            layout->addWidget(widget);
-        };
-        add(label, "label");
-        add(buy, "buy");
-        add(sell, "sell");
-        add(check, "check");
-        add(line, "line");
-        add(password, "password");
-        add(spin, "spin");
-        add(combo, "combo");
-        add(notes, "notes");
-        add(tabs, "tabs");
-        add(table, "table");
-        add(tree, "tree");
-        add(price, "price");
+        setObjectName("stage"_q);
+        setWindowTitle("模拟窗口"_q);
         line->setMaxLength(8);
         password->setEchoMode(QLineEdit::Password);
-        password->setText(QStringLiteral("secret"));
+        password->setText("secret"_q);
         spin->setRange(100, 900);
-        spin->setSuffix(QStringLiteral(" 股"));
-        combo->addItems({QStringLiteral("限价"), QStringLiteral("市价")});
-        tabs->addTab(new QLabel(QStringLiteral("甲")), QStringLiteral("持仓(&H)"));
-        tabs->addTab(new QLabel(QStringLiteral("乙")), QStringLiteral("委托"));
-        price->setAccessibleName(QStringLiteral("12.50"));
+        spin->setSuffix(" 股"_q);
+        combo->addItems({"限价"_q, "市价"_q});
+        tabs->addTab(new QLabel("甲"_q), "持仓(&H)"_q);
+        tabs->addTab(new QLabel("乙"_q), "委托"_q);
+        price->setAccessibleName("12.50"_q);
         price->setMinimumHeight(10);
-        FillTable();
-        FillTree();
+        for (int cell = 0; cell < 9; ++cell) {
+            table->setItem(cell / 3, cell % 3, new QTableWidgetItem("%1%2"_q.arg(cell / 3).arg(cell % 3)));
+        }
+        table->setHorizontalHeaderLabels({"代码"_q, "隐藏"_q, "名称"_q});
+        table->setColumnHidden(1, true);
+        table->setRowHidden(1, true);
+        table->horizontalHeader()->moveSection(2, 0);
+        table->setMinimumHeight(90);
+        for (const char* const name : {"open", "closed"}) {
+            auto* const branch = new QTreeWidgetItem(tree, {QLatin1String(name)});
+            new QTreeWidgetItem(branch, {QLatin1String(name) + " leaf"_q});
+        }
+        tree->setHeaderHidden(true);
+        tree->topLevelItem(0)->setExpanded(true);
+        tree->setMinimumHeight(90);
         connect(buy, &QPushButton::clicked, this, [this] { ++bought; });
     }
 
@@ -141,46 +134,28 @@ public:
         return QTest::qWaitForWindowActive(this);
     }
 
-    QLabel* const label = new QLabel(QStringLiteral("<b>可用</b> 1&nbsp;000"));
-    QPushButton* const buy = new QPushButton(QStringLiteral("买入(&B)"));
-    QPushButton* const sell = new QPushButton(QStringLiteral("卖出"));
-    QCheckBox* const check = new QCheckBox(QStringLiteral("确认"));
-    QLineEdit* const line = new QLineEdit;
-    QLineEdit* const password = new QLineEdit;
-    QSpinBox* const spin = new QSpinBox;
-    QComboBox* const combo = new QComboBox;
-    QPlainTextEdit* const notes = new QPlainTextEdit(QStringLiteral("一\n二"));
-    QTabWidget* const tabs = new QTabWidget;
-    QTableWidget* const table = new QTableWidget(3, 3);
-    QTreeWidget* const tree = new QTreeWidget;
-    PriceView* const price = new PriceView;
+    QLabel* const label = Add("label", new QLabel("<b>可用</b> 1&nbsp;000"_q));
+    QPushButton* const buy = Add("buy", new QPushButton("买入(&B)"_q));
+    QPushButton* const sell = Add("sell", new QPushButton("卖出"_q));
+    QCheckBox* const check = Add("check", new QCheckBox("确认"_q));
+    QLineEdit* const line = Add("line", new QLineEdit);
+    QLineEdit* const password = Add("password", new QLineEdit);
+    QSpinBox* const spin = Add("spin", new QSpinBox);
+    QComboBox* const combo = Add("combo", new QComboBox);
+    QPlainTextEdit* const notes = Add("notes", new QPlainTextEdit("一\n二"_q));
+    QTabWidget* const tabs = Add("tabs", new QTabWidget);
+    QTableWidget* const table = Add("table", new QTableWidget(3, 3));
+    QTreeWidget* const tree = Add("tree", new QTreeWidget);
+    PriceView* const price = Add("price", new PriceView);
     int bought = 0;
 
 private:
-    void FillTable()
+    template <class Widget>
+    Widget* Add(const char* name, Widget* widget)
     {
-        table->setHorizontalHeaderLabels(
-            {QStringLiteral("代码"), QStringLiteral("隐藏"), QStringLiteral("名称")});
-        for (int row = 0; row < 3; ++row) {
-            for (int column = 0; column < 3; ++column) {
-                table->setItem(row, column,
-                               new QTableWidgetItem(QStringLiteral("%1%2").arg(row).arg(column)));
-            }
-        }
-        table->setColumnHidden(1, true);
-        table->setRowHidden(1, true);
-        table->horizontalHeader()->moveSection(2, 0);
-        table->setMinimumHeight(90);
-    }
-    void FillTree()
-    {
-        tree->setHeaderHidden(true);
-        for (const char* const name : {"open", "closed"}) {
-            auto* const branch = new QTreeWidgetItem(tree, {QLatin1String(name)});
-            new QTreeWidgetItem(branch, {QLatin1String(name) + QStringLiteral(" leaf")});
-        }
-        tree->topLevelItem(0)->setExpanded(true);
-        tree->setMinimumHeight(90);
+        widget->setObjectName(QLatin1String(name));
+        (layout() ? layout() : new QVBoxLayout(this))->addWidget(widget);
+        return widget;
     }
 };
 
@@ -194,7 +169,7 @@ private Q_SLOTS:
     void init()
     {
         Test::init();
-        ExpectWarning(QStringLiteral("This plugin does not support"));
+        ExpectWarning("This plugin does not support"_q);
     }
 
     void BadRequestsGetOneAnswerEach_data()
@@ -218,19 +193,16 @@ private Q_SLOTS:
     }
     void BadRequestsGetOneAnswerEach()
     {
-        QFETCH(QString, request);
+        QFETCH(const QString, request);
         QFETCH(const QString, error);
-        request.replace(QLatin1Char('\''), QLatin1Char('"'));
         Asker ask;
-        ask.probe->Take(request.isEmpty() ? nullptr : request.toUtf8().constData());
+        ask.probe->Take(request.isEmpty() ? nullptr : Quoted(request).constData());
         QVERIFY(ask.answers.empty());  // never from inside the call
-        ask.Send(QStringLiteral("'request':'find','selector':'NoSuchClass','id':[1,'x']"));
+        ask.Send("'request':'find','selector':'NoSuchClass','id':[1,'x']"_q);
         QTRY_COMPARE(ask.answers.size(), 2U);
-        QCOMPARE(ask.answers[0][QLatin1String("ok")], QJsonValue(false));
-        QVERIFY2(ask.answers[0][QLatin1String("error")].toString().contains(error),
-                 qPrintable(ask.answers[0][QLatin1String("error")].toString()));
-        QCOMPARE(ask.answers[1][QLatin1String("id")], QJsonValue(QJsonArray{1, QStringLiteral("x")}));
-        QCOMPARE(ask.answers[1][QLatin1String("count")], QJsonValue(0));
+        QCOMPARE(ask.answers[0]["ok"], "false");
+        QVERIFY2(ask.answers[0].Error().contains(error), qPrintable(ask.answers[0].Error()));
+        QCOMPARE(ask.answers[1]["id"] + ask.answers[1]["count"], "[1,'x']0");
     }
 
     void Selectors_data()
@@ -266,7 +238,7 @@ private Q_SLOTS:
         QFETCH(const QString, found);
         Stage stage;
         QString problem;
-        const auto read = panelry::Selector::Read(selector, problem);
+        const auto read = Selector::Read(selector, problem);
         if (found.startsWith(QLatin1Char('!'))) {
             QVERIFY2(!read && problem.contains(found.mid(1)), qPrintable(problem));
             return;
@@ -307,27 +279,25 @@ private Q_SLOTS:
         QFETCH(const QString, parts);
         Stage stage;
         stage.check->setChecked(true);
-        stage.line->setText(QStringLiteral("600519"));
+        stage.line->setText("600519"_q);
         stage.spin->setValue(300);
         stage.combo->setCurrentIndex(1);
         stage.tabs->setCurrentIndex(1);
         stage.table->setCurrentCell(2, 0);
-        stage.price->setProperty("note", QStringLiteral("n"));
+        stage.price->setProperty("note", "n"_q);
         stage.line->setFocus();
         QVERIFY(stage.Show());
         Asker ask;
         const QJsonArray found =
-            ask(QStringLiteral("'request':'find','selector':'#%1'").arg(name))[QLatin1String("widgets")]
-                .toArray();
+            ask("'request':'find','selector':'#%1'"_q.arg(name)).value("widgets"_q).toArray();
         QCOMPARE(found.size(), 1);
-        const QJsonObject wanted = Json(parts);
+        const auto* const widget = name == "stage"_q ? &stage : stage.findChild<QWidget*>(name);
+        const QPoint corner = widget->mapToGlobal({});
+        QJsonObject wanted = Json(parts);
+        wanted["global"_q] = QJsonArray{corner.x(), corner.y(), widget->width(), widget->height()};
         for (auto part = wanted.begin(); part != wanted.end(); ++part) {
             QCOMPARE(found[0].toObject()[part.key()], part.value());
         }
-        const auto* const widget = name == QLatin1String("stage") ? &stage : stage.findChild<QWidget*>(name);
-        const QPoint corner = widget->mapToGlobal({});
-        QCOMPARE(found[0].toObject()[QLatin1String("global")],
-                 QJsonValue(QJsonArray{corner.x(), corner.y(), widget->width(), widget->height()}));
     }
 
     void PressesLandAsAUsers_data()
@@ -349,15 +319,14 @@ private Q_SLOTS:
         stage.resize(800, 900);
         QVERIFY(stage.Show());
         Asker ask;
-        QVERIFY(ask.Ok(QStringLiteral("'request':'press',") + request));
+        QVERIFY(ask.Ok("'request':'press',"_q + request));
         const auto* const item = stage.tree->currentItem();
-        const QString seen = QStringLiteral("%1 %2 %3 %4,%5 %6")
-                                 .arg(stage.bought)
+        const QString seen = "%1 %2 %3 %4,%5 %6"_q.arg(stage.bought)
                                  .arg(QVariant(stage.check->isChecked()).toString())
                                  .arg(stage.tabs->currentIndex())
                                  .arg(stage.table->currentRow())
                                  .arg(stage.table->currentColumn())
-                                 .arg(item ? item->text(0) : QStringLiteral("-"));
+                                 .arg(item ? item->text(0) : "-"_q);
         QCOMPARE(seen, outcome);
     }
 
@@ -366,16 +335,15 @@ private Q_SLOTS:
         Stage stage;
         QVERIFY(stage.Show());
         QStringList seen;
-        connect(stage.table, &QTableWidget::cellClicked, this, [&] { seen += QStringLiteral("click"); });
-        connect(stage.table, &QTableWidget::cellDoubleClicked, this,
-                [&] { seen += QStringLiteral("double"); });
+        connect(stage.table, &QTableWidget::cellClicked, this, [&] { seen += "click"_q; });
+        connect(stage.table, &QTableWidget::cellDoubleClicked, this, [&] { seen += "double"_q; });
         stage.table->setEditTriggers(QAbstractItemView::NoEditTriggers);
         Asker ask;
-        const QString press = QStringLiteral("'request':'press','selector':'#table','row':0");
+        const QString press = "'request':'press','selector':'#table','row':0"_q;
         QVERIFY(ask.Ok(press) && ask.Ok(press));
-        QCOMPARE(seen, QStringList({QStringLiteral("click"), QStringLiteral("click")}));
-        QVERIFY(ask.Ok(press + QStringLiteral(",'double':true")));
-        QCOMPARE(seen.count(QStringLiteral("double")), 1);
+        QCOMPARE(seen, QStringList({"click"_q, "click"_q}));
+        QVERIFY(ask.Ok(press + ",'double':true"_q));
+        QCOMPARE(seen.count("double"_q), 1);
     }
 
     void KeysArriveAsAUsers_data()
@@ -402,15 +370,15 @@ private Q_SLOTS:
         QFETCH(const QString, name);
         QFETCH(const QString, text);
         Stage stage;
-        stage.line->setText(QStringLiteral("ab"));
-        const QShortcut shortcut(QKeySequence(QStringLiteral("Ctrl+K")), &stage);
+        stage.line->setText("ab"_q);
+        const QShortcut shortcut(QKeySequence("Ctrl+K"_q), &stage);
         const auto say = [&stage](const char* word) { stage.label->setText(QLatin1String(word)); };
         connect(&shortcut, &QShortcut::activated, stage.label, [&] { say("shortcut"); });
         connect(stage.buy, &QPushButton::clicked, stage.label, [&] { say("bought"); });
         QVERIFY(stage.Show());
         Asker ask;
         QVERIFY(ask.Ok(request));
-        QTRY_COMPARE(panelry::ShownText(*stage.findChild<QWidget*>(name)), text);
+        QTRY_COMPARE(ShownText(*stage.findChild<QWidget*>(name)), text);
     }
 
     void ValuesAreSet_data()
@@ -440,17 +408,14 @@ private Q_SLOTS:
         QFETCH(const QString, outcome);
         Stage stage;
         stage.sell->setEnabled(false);
-        stage.line->setAccessibleName(QStringLiteral("代码"));
+        stage.line->setAccessibleName("代码"_q);
         Asker ask;
-        const QString request =
-            QStringLiteral("'request':'set','selector':'#%1','value':%2").arg(name, value);
+        const Answer answer = ask("'request':'set','selector':'#%1','value':%2"_q.arg(name, value));
         if (outcome.startsWith(QLatin1Char('!'))) {
-            const QString error = ask.Error(request);
-            QVERIFY2(error.contains(outcome.mid(1)), qPrintable(error));
-            return;
+            QVERIFY2(answer.Error().contains(outcome.mid(1)), qPrintable(answer.Error()));
+        } else {
+            QCOMPARE(QString::fromUtf8(answer["value"]), outcome);
         }
-        const QJsonObject wanted = Json(QStringLiteral("{'value':%1}").arg(outcome));
-        QCOMPARE(ask(request)[QLatin1String("value")], wanted[QLatin1String("value")]);
     }
 
     void WhatAUserCannotReachIsRefused_data()
@@ -488,7 +453,7 @@ private Q_SLOTS:
         auto* const area = new QScrollArea(&stage);
         auto* const wide = new QWidget;
         auto* const far = new QPushButton(wide);
-        far->setObjectName(QStringLiteral("far"));
+        far->setObjectName("far"_q);
         far->move(5000, 0);
         wide->resize(6000, 20);
         area->setWidget(wide);
@@ -496,17 +461,16 @@ private Q_SLOTS:
         stage.layout()->addWidget(area);
         QVERIFY(stage.Show());
         QLabel cover(&stage);
-        cover.setObjectName(QStringLiteral("cover"));
+        cover.setObjectName("cover"_q);
         cover.setGeometry(stage.buy->geometry());
         cover.show();
         Asker ask;
-        const QString told = ask.Error(QStringLiteral("'request':'press',") + request);
+        const QString told = ask("'request':'press',"_q + request).Error();
         QVERIFY2(told.contains(error), qPrintable(told));
         QCOMPARE(stage.bought, 0);
-        QCOMPARE(ask.Error(QStringLiteral("'request':'type','text':'1','selector':'#sell'")),
-                 QStringLiteral("QPushButton#sell is disabled"));
-        QVERIFY(ask.Error(QStringLiteral("'request':'key','selector':'#line','key':'Foo+Bar'"))
-                    .contains(QStringLiteral("is no key")));
+        QCOMPARE(ask("'request':'type','text':'1','selector':'#sell'"_q).Error(),
+                 "QPushButton#sell is disabled"_q);
+        QVERIFY(ask("'request':'key','selector':'#line','key':'Foo+Bar'"_q).Error().contains("is no key"_q));
     }
 
     // exec() holds the press up until the dialog closes: the answer comes, and the dialog can be driven.
@@ -516,39 +480,36 @@ private Q_SLOTS:
         int result = -1;
         connect(stage.buy, &QPushButton::clicked, this, [&] {
             QDialog dialog(&stage);
-            dialog.setObjectName(QStringLiteral("dialog"));
-            QPushButton yes(QStringLiteral("确定"), &dialog);
+            dialog.setObjectName("dialog"_q);
+            QPushButton yes("确定"_q, &dialog);
             connect(&yes, &QPushButton::clicked, &dialog, &QDialog::accept);
             result = dialog.exec();
         });
         QVERIFY(stage.Show());
         Asker ask;
-        ask.Send(QStringLiteral("'request':'press','selector':'#buy','id':'open'"));
-        ask.Send(QStringLiteral("'request':'wait','selector':'#dialog','visible':true,'id':'shown'"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#sell','id':'blocked'"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#dialog [text=确定]','id':'yes'"));
+        ask.Send("'request':'press','selector':'#buy','id':'open'"_q);
+        ask.Send("'request':'wait','selector':'#dialog','visible':true,'id':'shown'"_q);
+        ask.Send("'request':'press','selector':'#sell','id':'blocked'"_q);
+        ask.Send("'request':'press','selector':'#dialog [text=确定]','id':'yes'"_q);
         QTRY_COMPARE(ask.answers.size(), 4U);
         QTRY_COMPARE(result, int(QDialog::Accepted));
-        QMap<QString, QJsonObject> byId;
-        for (const QJsonObject& answer : ask.answers) {
-            byId[answer[QLatin1String("id")].toString()] = answer;
+        std::map<QByteArray, Answer> byId;
+        for (const Answer& answer : ask.answers) {
+            byId[answer["id"]] = answer;
         }
-        const QJsonObject open = byId[QStringLiteral("open")];
-        QCOMPARE(open[QLatin1String("nested")], QJsonValue(true));
-        QCOMPARE(open[QLatin1String("in_front")], QJsonValue(QStringLiteral("QDialog#dialog")));
-        QCOMPARE(byId[QStringLiteral("blocked")][QLatin1String("error")].toString(),
-                 QStringLiteral("QPushButton#sell is blocked by the modal QDialog#dialog"));
-        QCOMPARE(byId[QStringLiteral("yes")][QLatin1String("ok")], QJsonValue(true));
-        QVERIFY(ask.Ok(QStringLiteral("'request':'wait','selector':'#dialog','gone':true")));
+        QCOMPARE(byId["'open'"]["nested"] + byId["'open'"]["in_front"], "true'QDialog#dialog'");
+        QCOMPARE(byId["'blocked'"].Error(), "QPushButton#sell is blocked by the modal QDialog#dialog"_q);
+        QCOMPARE(byId["'yes'"]["ok"], "true");
+        QVERIFY(ask.Ok("'request':'wait','selector':'#dialog','gone':true"_q));
     }
 
     void MenusAndListsThatPopUpAreDriven()
     {
         Stage stage;
         QMenu menu;
-        menu.setObjectName(QStringLiteral("menu"));
-        QAction* const chosen = menu.addAction(QStringLiteral("撤单(&C)\tF8"));
-        menu.addAction(QStringLiteral("改单"))->setEnabled(false);
+        menu.setObjectName("menu"_q);
+        QAction* const chosen = menu.addAction("撤单(&C)\tF8"_q);
+        menu.addAction("改单"_q)->setEnabled(false);
         int triggered = 0;
         connect(chosen, &QAction::triggered, this, [&] { ++triggered; });
         stage.table->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -557,33 +518,31 @@ private Q_SLOTS:
         QVERIFY(stage.Show());
         Asker ask;
         // The request goes on in the menu's loop, from where it started: all of it has to stand in one queue.
-        ask.Send(QStringLiteral("'request':'press','selector':'#table','row':0,'button':'right'"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#check'"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#menu','entry':1"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#menu','entry':'撤单(C)'"));
+        ask.Send("'request':'press','selector':'#table','row':0,'button':'right'"_q);
+        ask.Send("'request':'press','selector':'#check'"_q);
+        ask.Send("'request':'press','selector':'#menu','entry':1"_q);
+        ask.Send("'request':'press','selector':'#menu','entry':'撤单(C)'"_q);
         QTRY_COMPARE(triggered, 1);
         QTRY_COMPARE(ask.answers.size(), 4U);
-        QCOMPARE(ask.answers[0][QLatin1String("nested")], QJsonValue(true));
-        QVERIFY(ask.answers[1][QLatin1String("error")].toString().contains(
-            QStringLiteral("blocked by the popup QMenu#menu")));
-        QCOMPARE(ask.answers[2][QLatin1String("error")].toString(), QStringLiteral("that entry is disabled"));
-        QVERIFY(ask.Ok(QStringLiteral("'request':'press','selector':'#combo'")));
-        QVERIFY(ask.Ok(QStringLiteral("'request':'key','key':'Down'")));
-        QVERIFY(ask.Ok(QStringLiteral("'request':'key','key':'Return'")));
-        QTRY_COMPARE(stage.combo->currentText(), QStringLiteral("市价"));
+        QCOMPARE(ask.answers[0]["nested"], "true");
+        QVERIFY(ask.answers[1].Error().contains("blocked by the popup QMenu#menu"_q));
+        QCOMPARE(ask.answers[2].Error(), "that entry is disabled"_q);
+        QVERIFY(ask.Ok("'request':'press','selector':'#combo'"_q));
+        QVERIFY(ask.Ok("'request':'key','key':'Down'"_q));
+        QVERIFY(ask.Ok("'request':'key','key':'Return'"_q));
+        QTRY_COMPARE(stage.combo->currentText(), "市价"_q);
     }
 
     void WhatAPressDestroysIsNoMatter()
     {
         auto stage = std::make_unique<QWidget>();
         auto* const button = new QPushButton(stage.get());
-        button->setObjectName(QStringLiteral("last"));
+        button->setObjectName("last"_q);
         connect(button, &QPushButton::pressed, this, [&] { stage.reset(); });
         stage->show();
         QVERIFY(QTest::qWaitForWindowActive(stage.get()));
         Asker ask;
-        const QJsonObject answer = ask(QStringLiteral("'request':'press','selector':'#last','double':true"));
-        QCOMPARE(answer[QLatin1String("destroyed")], QJsonValue(true));
+        QCOMPARE(ask("'request':'press','selector':'#last','double':true"_q)["destroyed"], "true");
         QVERIFY(!stage);
     }
 
@@ -597,9 +556,9 @@ private Q_SLOTS:
             ask.probe.reset();
             QTimer::singleShot(50, this, [&] { waited = true; });  // longer than it polls
         });
-        ask.Send(QStringLiteral("'request':'wait','selector':'#no','timeout':10"));
-        ask.Send(QStringLiteral("'request':'press','selector':'#buy'"));
-        ask.Send(QStringLiteral("'request':'find','selector':'#buy'"));
+        ask.Send("'request':'wait','selector':'#no','timeout':10"_q);
+        ask.Send("'request':'press','selector':'#buy'"_q);
+        ask.Send("'request':'find','selector':'#buy'"_q);
         QTRY_VERIFY(waited);
         QCOMPARE(stage.bought, 1);
         QVERIFY(ask.answers.empty());
@@ -629,107 +588,86 @@ private Q_SLOTS:
         stage.notes->setFocus();
         QVERIFY(stage.Show());
         Asker ask;
-        const QString wait = QStringLiteral("'request':'wait',") + request;
-        const QString error = ask.Error(wait + QStringLiteral(",'timeout':0"));
-        QVERIFY2(error.startsWith(QStringLiteral("timed out after ")) && error.contains(before),
-                 qPrintable(error));
+        const QString wait = "'request':'wait',"_q + request;
+        const QString error = ask(wait + ",'timeout':0"_q).Error();
+        QVERIFY2(error.startsWith("timed out after "_q) && error.contains(before), qPrintable(error));
         ask.Send(wait);
-        QVERIFY(ask.Ok(QStringLiteral("'request':'find','selector':'#buy'")));  // isn't held up
+        QVERIFY(ask.Ok("'request':'find','selector':'#buy'"_q));  // isn't held up
         QCOMPARE(ask.answers.size(), 2U);
         QLabel late(&stage);
-        late.setObjectName(QStringLiteral("late"));
+        late.setObjectName("late"_q);
         stage.combo->show();
         stage.check->hide();
         stage.sell->setEnabled(true);
         stage.line->setFocus();
-        stage.line->setText(QStringLiteral("已报"));
+        stage.line->setText("已报"_q);
         stage.spin->setValue(300);
-        stage.table->item(2, 2)->setText(QStringLiteral("部分成交"));
+        stage.table->item(2, 2)->setText("部分成交"_q);
         stage.buy->hide();
         QTRY_COMPARE(ask.answers.size(), 3U);
-        QCOMPARE(ask.answers[2][QLatin1String("ok")], QJsonValue(true));
-        QCOMPARE(ask.answers[2].contains(QLatin1String("widget")), !request.contains(QStringLiteral("gone")));
+        QCOMPARE(ask.answers[2]["ok"], "true");
+        QCOMPARE(ask.answers[2].contains("widget"_q), !request.contains("gone"_q));
     }
 
     void TreesAreBounded()
     {
         Stage stage;
         QWidget crowd;
-        crowd.setObjectName(QStringLiteral("crowd"));
+        crowd.setObjectName("crowd"_q);
         for (int i = 0; i < 2'500; ++i) {
             new QWidget(&crowd);
         }
         Asker ask;
         const auto tree = [&ask](const char* keys) {
-            return ask(QStringLiteral("'request':'tree','root':%1").arg(QLatin1String(keys)));
+            return ask("'request':'tree','root':%1"_q.arg(QLatin1String(keys)));
         };
-        const auto root = [](const QJsonObject& answer, const char* key) -> QJsonValue {
-            return answer.value(QLatin1String("widgets"))
-                .toArray()
-                .at(0)
-                .toObject()
-                .value(QLatin1String(key));
+        const auto root = [](const Answer& answer) {
+            return Answer{answer.value("widgets"_q).toArray().at(0).toObject()};
         };
-        const QJsonObject whole = tree("'#crowd'");
-        QCOMPARE(whole[QLatin1String("truncated")], QJsonValue(true));
-        QCOMPARE(root(whole, "children").toArray().size(), 1'999);
-        const QJsonObject flat = tree("'#crowd','depth':0");
-        QVERIFY(!flat.contains(QLatin1String("truncated")));
-        QCOMPARE(root(flat, "children_left_out"), QJsonValue(2'500));
-        QCOMPARE(tree("'#stage','visible':true")[QLatin1String("error")].toString(),
-                 QStringLiteral("nothing matches #stage"));
-        const auto rows = [&](const char* keys) {
-            return root(tree(keys), "details").toObject()[QLatin1String("rows")].toArray();
-        };
-        QCOMPARE(rows("'#table','rows':1"),
-                 (QJsonArray{QJsonArray{QStringLiteral("02"), QStringLiteral("00")}}));
-        QCOMPARE(rows("'#table','first_row':1"),
-                 (QJsonArray{QJsonArray{QStringLiteral("22"), QStringLiteral("20")}}));
-        QCOMPARE(tree("'#table','rows':1")[QLatin1String("truncated")], QJsonValue(true));
+        const Answer whole = tree("'#crowd'");
+        QCOMPARE(whole["truncated"], "true");
+        QCOMPARE(root(whole).value("children"_q).toArray().size(), 1'999);
+        const Answer flat = tree("'#crowd','depth':0");
+        QCOMPARE(flat["truncated"] + root(flat)["children_left_out"], "2500");
+        QCOMPARE(tree("'#stage','visible':true").Error(), "nothing matches #stage"_q);
+        QVERIFY(root(tree("'#table','rows':1"))["details"].contains("'rows':[['02','00']]"));
+        QVERIFY(root(tree("'#table','first_row':1"))["details"].contains("'rows':[['22','20']]"));
+        QCOMPARE(tree("'#table','rows':1")["truncated"], "true");
     }
 
     void TheModuleAnswersTheHost()
     {
-        struct Host : RecordingManager {
-            void SendModuleMessage(int msgId, void* payload, ModuleBase* sender, int target) override
-            {
-                RecordingManager::SendModuleMessage(msgId, payload, sender, target);
-                texts.append(QByteArray(static_cast<const char*>(payload)));
-            }
-            QByteArrayList texts;
-        } host;
+        RecordingManager host;
         InstanceInfo info;
         info.module_title = "UI 探针";
-        auto module = std::make_shared<panelry::UiProbeModule>(info);
+        auto module = std::make_shared<UiProbeModule>(info);
         module->m_manager = &host;
         module->Initialize(41009, "", "", "{}");
         const auto send = [&module](int msgId, const char* request) {
-            Send(*module, msgId, QByteArray(request).replace('\'', '"').constData());
+            Send(*module, msgId, Quoted(QString::fromUtf8(request)).constData());
         };
         QWidget* const widget = module->GetWidget();
         widget->show();
         send(9099, "{'request':'tree'}");  // another's message
         send(9100, "{'request':'find','selector':'#ui_probe #requests','id':'标'}");
         send(9100, "{'request':'press','selector':'#ui_probe #no','id':2}");
-        QVERIFY(host.texts.isEmpty());
-        QTRY_COMPARE(host.texts.size(), 2);
+        QVERIFY(host.sent.empty());
+        QTRY_COMPARE(host.sent.size(), 2U);
         QCOMPARE(host.sent[0].msgId, 205);
         QCOMPARE(host.sent[0].sender, module.get());
-        const QJsonObject found = QJsonDocument::fromJson(host.texts[0]).object();
-        QCOMPARE(found[QLatin1String("probe")], QJsonValue(1));
-        QCOMPARE(found[QLatin1String("id")], QJsonValue(QStringLiteral("标")));
-        QCOMPARE(found[QLatin1String("count")], QJsonValue(1));
+        const Answer found{QJsonDocument::fromJson(host.sent[0].text).object()};
+        QCOMPARE(found["probe"] + found["id"] + found["count"], "1'标'1");
         const auto* const list = widget->findChild<QTreeWidget*>();
         QCOMPARE(list->topLevelItemCount(), 2);
-        QVERIFY(list->topLevelItem(1)->text(3).contains(QStringLiteral("nothing matches")));
+        QVERIFY(list->topLevelItem(1)->text(3).contains("nothing matches"_q));
 
         delete widget;  // as the library does with a panel without a frame
         send(9100, "{'request':'find','selector':'*'}");
-        QTRY_COMPARE(host.texts.size(), 3);
+        QTRY_COMPARE(host.sent.size(), 3U);
         send(9100, "{'request':'find','selector':'*'}");
         module.reset();
         QCoreApplication::processEvents();
-        QCOMPARE(host.texts.size(), 3);
+        QCOMPARE(host.sent.size(), 3U);
     }
 };
 

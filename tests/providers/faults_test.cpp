@@ -15,10 +15,8 @@ namespace
 {
 
 // Knows that a notice of a setting was read, and so all that was asked before it.
-class SettingSeen : public panelry::desk::MarketListener
-{
-public:
-    void OnMarketEvent(const std::string& event, const nlohmann::ordered_json& /*fields*/) override
+struct SettingSeen : panelry::desk::MarketListener {
+    void OnMarketEvent(const std::string& event, const nlohmann::ordered_json&) override
     {
         seen = seen || event == "setting";
     }
@@ -26,24 +24,22 @@ public:
 };
 
 // What came of two questions, in order: for each answer the "mine" of its request.
-std::string Asked(Stage& stage, int answers, int timeout = 5000)
+std::string Asked(Stage& stage, int answers)
 {
     const std::size_t before = stage.client->Answers().size();
     for (const char* const mine : {"1", "2"}) {
         stage.Send({{"type", "5"}}, {}, {{"mine", mine}});
     }
-    const auto areThere = [&] {
-        return stage.client->Answers().size() >= before + static_cast<std::size_t>(answers);
-    };
-    if (!QTest::qWaitFor(areThere, timeout)) {
-        return "no answer";
-    }
     std::string order;
-    const auto all = stage.client->Answers();
-    for (std::size_t i = before; i < all.size(); ++i) {
-        order += all[i]->request->local["mine"];
-    }
-    return order;
+    const auto areThere = [&] {
+        const auto all = stage.client->Answers();
+        order.clear();
+        for (std::size_t i = before; i < all.size(); ++i) {
+            order += all[i]->request->local["mine"];
+        }
+        return order.size() >= static_cast<std::size_t>(answers);
+    };
+    return QTest::qWaitFor(areThere) ? order : "no answer";
 }
 
 }  // namespace
@@ -97,11 +93,8 @@ private Q_SLOTS:
         stage.host.faults().Set(Fault::Lost, false);
         QCOMPARE(Asked(stage, 2), std::string("12"));
         QCOMPARE(stage.client->Answers().front()->request->head.at("type"), std::string("5"));
-        StringMap query{{"table_name", "orders"}};
-        stage.client->SubscribeKey("orders", true);
-        stage.form.QueryOrders(query);
-        stage.Settle();
-        QVERIFY(!stage.client->Column("orders", "2135").empty());  // the order itself has come in
+        const std::string contract = stage.List(&DataDealBase::QueryOrders, "orders", "2135");
+        QVERIFY(!contract.empty());  // the order itself has come in
     }
 
     void APercentageStrikesNowAndThen()
@@ -124,13 +117,9 @@ private Q_SLOTS:
     {
         Stage stage;
         stage.host.faults().Set(Fault::Failed, true);
-        stage.client->SubscribeKey("orders", true);
         QCOMPARE(stage.Order()["ret"], std::string("-1"));
         stage.host.faults().AllOff();
-        StringMap query{{"table_name", "orders"}};
-        stage.form.QueryOrders(query);
-        stage.Settle();
-        QCOMPARE(stage.client->Column("orders", "2135"), std::string());
+        QCOMPARE(stage.List(&DataDealBase::QueryOrders, "orders", "2135"), std::string());
     }
 
     void SubscriptionsFail()
@@ -151,12 +140,8 @@ private Q_SLOTS:
     void TablesLackAColumn()
     {
         Stage stage;
-        stage.client->SubscribeKey("gupiao_table", true);
         const auto column = [&](const char* id) {
-            StringMap query{{"table_name", "gupiao_table"}};
-            stage.form.QueryPositions(query);
-            stage.Settle();
-            return stage.client->Column("gupiao_table", id);
+            return stage.List(&DataDealBase::QueryPositions, "gupiao_table", id);
         };
         const std::string codes = column("2102");
         stage.host.faults().Set(Fault::Columns, true, 2102);
@@ -180,17 +165,14 @@ private Q_SLOTS:
     void WordsAreCut()
     {
         Stage stage;
-        stage.client->SubscribeKey("gupiao_table", true);
         stage.host.faults().Set(Fault::Text, true);
-        StringMap query{{"table_name", "gupiao_table"}};
-        stage.form.QueryPositions(query);
+        const std::string name = stage.List(&DataDealBase::QueryPositions, "gupiao_table", "2103");
         StringMap refused = stage.Order({{"wtsl", "1"}});
         std::vector<MarketCode> codes{{17, "600000"}};
         stage.client->SubscribeCodes(codes, true);
         QTRY_COMPARE(stage.client->Pushes().size(), std::size_t{1});
         const std::string replaced = "\xEF\xBF\xBD";
-        QCOMPARE(stage.client->Column("gupiao_table", "2103").substr(0, 10),
-                 "演示银" + replaced.substr(0, 1));
+        QCOMPARE(name.substr(0, 10), "演示银" + replaced.substr(0, 1));
         QVERIFY(panelry::HostTextToUtf8(refused["ret_text"]).find(replaced) != std::string::npos);
         QCOMPARE(stage.client->Pushes()[0].at("stock_name"), std::string("演示银行").substr(0, 11));
         QCOMPARE(stage.client->Column("gupiao_table", "2117").substr(0, 6), std::string("12500 "));
@@ -252,7 +234,6 @@ private Q_SLOTS:
         row("for a time", 30, false);
         row("stopped", 0, true);
     }
-
     void ACallIsBlockedUntilItIsSwitchedOff()
     {
         QFETCH(int, ms);
@@ -261,13 +242,10 @@ private Q_SLOTS:
         stage.host.faults().Set(Fault::Blocked, true, ms);
         std::atomic<int> back{0};
         std::atomic<int> results{0};
+        std::vector<MarketCode> codes{{17, "600000"}};
         std::vector<std::thread> callers;
         callers.emplace_back([&] { results += stage.Send({{"type", "5"}}, {}), ++back; });
-        callers.emplace_back([&] {
-            std::vector<MarketCode> codes{{17, "600000"}};
-            results += stage.client->SubscribeCodes(codes, true);
-            ++back;
-        });
+        callers.emplace_back([&] { results += stage.client->SubscribeCodes(codes, true), ++back; });
         callers.emplace_back([&] { stage.client->GetTable("account_table"), ++back; });
         if (ms == 0) {
             QTest::qWait(20);  // longer than any of the calls takes

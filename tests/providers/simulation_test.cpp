@@ -8,7 +8,6 @@
 #include "desk/providers/client_requests.h"
 #include "desk/providers/host_words.h"
 #include "providers/stage.h"
-#include "support/rows.h"
 #include "support/test.h"
 
 using namespace panelry::test;
@@ -25,11 +24,22 @@ Simulation::Settings BusyMarket()
     return settings;
 }
 
-OrderWish Buy(const Simulation& market, const char* price, Quantity quantity)
+OrderWish Buy(const Simulation& market, Price price, Quantity quantity)
 {
-    return {
-        AccountKind::Normal, *market.Securities().Find(17, "600000"), Side::Buy, *ReadPrice(price), quantity,
-        Funding::Own};
+    return {AccountKind::Normal, *market.Securities().Find(17, "600000"), Side::Buy, price, quantity};
+}
+
+// On a file in the folder.
+Simulation::Settings Kept(const QTemporaryDir& folder)
+{
+    Simulation::Settings settings = StillMarket();
+    settings.store = folder.path().toStdString() + "/accounts";
+    return settings;
+}
+
+std::string Audit(const Simulation& market)
+{
+    return market.Read([](const Exchange&, const Brokerage& broker) { return broker.Audit(); });
 }
 
 // All that a day leaves behind.
@@ -38,7 +48,7 @@ std::string Story(const Simulation& market)
     return market.Read([](const Exchange& exchange, const Brokerage& broker) {
         std::string story = ClockText(exchange.Now().ofDay);
         for (std::size_t i = 0; i < exchange.Securities().securities.size(); ++i) {
-            const panelry::desk::Quote& quote = exchange.QuoteOf(i);
+            const auto& quote = exchange.QuoteOf(i);
             story += " " + std::to_string(quote.last) + "/" + std::to_string(quote.volume) + "/" +
                      std::to_string(quote.bids[0].price);
         }
@@ -99,7 +109,7 @@ private Q_SLOTS:
         for (const auto step : {60s, 60s, 7s}) {
             Simulation market(BusyMarket());
             market.MoveTo(9h + 31min);
-            OrderWish wish = Buy(market, "1", 20'000);
+            OrderWish wish = Buy(market, 0, 20'000);
             wish.price = market.Read([&](const Exchange& exchange, const Brokerage&) {
                 return exchange.QuoteOf(wish.security).asks[2].price;
             });
@@ -131,24 +141,13 @@ private Q_SLOTS:
         market.Stop();
     }
 
-    void TimesAreReached_data()
-    {
-        const Rows<int, int, int> row("from to day");
-        row("ahead", 10, 13, 1);
-        row("where it stands", 10, 10, 1);
-        row("tomorrow", 10, 9, 2);
-    }
-
     void TimesAreReached()
     {
-        QFETCH(int, from);
-        QFETCH(int, to);
-        QFETCH(int, day);
-        Simulation::Settings settings = StillMarket();
-        settings.startOfDay = std::chrono::hours(from);
-        Simulation market(settings);
-        market.MoveTo(std::chrono::hours(to));
-        QCOMPARE(market.Now(), (MarketTime{day, std::chrono::hours(to)}));
+        Simulation market(StillMarket());
+        for (const MarketTime time : {MarketTime{1, 10h}, {1, 13h}, {2, 9h}}) {  // here, ahead, tomorrow
+            market.MoveTo(time.ofDay);
+            QCOMPARE(market.Now(), time);
+        }
     }
 
     void ANewDayFreesWhatTheOldOneHeld()
@@ -156,12 +155,11 @@ private Q_SLOTS:
         Simulation market(StillMarket());
         Troubles listener;
         market.SetListener(&listener);
-        const std::string contract = market.Place(Buy(market, "9.90", 1000)).contract;
+        const std::string contract = market.Place(Buy(market, 9'900, 1000)).contract;
         QCOMPARE(market.Fill(AccountKind::Normal, contract, 400, 1), std::string());
         const auto sellable = [&] {
             return market.Read([&](const Exchange&, const Brokerage& broker) {
-                return broker.HoldingOf(AccountKind::Normal, *market.Securities().Find(17, "600000"))
-                    .sellable;
+                return broker.HoldingOf(AccountKind::Normal, Buy(market, 0, 1).security).sellable;
             });
         };
         QCOMPARE(sellable(), 12'500);
@@ -170,16 +168,14 @@ private Q_SLOTS:
         QCOMPARE(listener.days, (std::vector<int>{2, 3, 4}));
         QCOMPARE(sellable(), 12'900);
         QVERIFY(!market.Cancel(AccountKind::Normal, contract).empty());
-        QCOMPARE(market.Read([](const Exchange&, const Brokerage& broker) { return broker.Audit(); }),
-                 std::string());
+        QCOMPARE(Audit(market), std::string());
         market.SetListener(nullptr);
     }
 
     void TheDayIsKept()
     {
         const QTemporaryDir folder;
-        Simulation::Settings settings = StillMarket();
-        settings.store = folder.path().toStdString() + "/accounts";
+        Simulation::Settings settings = Kept(folder);
         Simulation(settings).Step(30h);
         QCOMPARE(Simulation(settings).Now(), (MarketTime{2, 10h}));
         settings.afresh = true;
@@ -189,7 +185,7 @@ private Q_SLOTS:
     void CancelsAreClosedForAWhile()
     {
         Simulation market(StillMarket());
-        const std::string contract = market.Place(Buy(market, "9.90", 1000)).contract;
+        const std::string contract = market.Place(Buy(market, 9'900, 1000)).contract;
         market.MoveTo(14h + 58min);
         QVERIFY(market.Cancel(AccountKind::Normal, contract).find("时段") != std::string::npos);
         QVERIFY(!market.Cancel(AccountKind::Margin, contract).empty());
@@ -201,16 +197,14 @@ private Q_SLOTS:
     void WhatCannotBeWrittenIsWrittenLater()
     {
         const QTemporaryDir folder;
-        Simulation::Settings settings = StillMarket();
-        settings.store = folder.path().toStdString() + "/accounts";
-        Simulation market(settings);
+        Simulation market(Kept(folder));
         Troubles listener;
         market.SetListener(&listener);
-        const std::string contract = market.Place(Buy(market, "9.90", 1000)).contract;
+        const std::string contract = market.Place(Buy(market, 9'900, 1000)).contract;
         {
             const FullDisk full(1);
             QCOMPARE(market.Fill(AccountKind::Normal, contract, 1000, 10), std::string());
-            for (const std::string& told : {market.Place(Buy(market, "9.90", 1000)).refusal,
+            for (const std::string& told : {market.Place(Buy(market, 9'900, 1000)).refusal,
                                             market.Cancel(AccountKind::Normal, contract)}) {
                 QVERIFY2(told.find("故障") != std::string::npos, told.c_str());
             }
@@ -221,10 +215,10 @@ private Q_SLOTS:
         market.Step(1ms);
         QCOMPARE(market.Now().day, 2);
         market.Read([&](const Exchange&, const Brokerage& broker) {
-            QCOMPARE(broker.HoldingOf(AccountKind::Normal, Buy(market, "1", 1).security).total, 13'500);
+            QCOMPARE(broker.HoldingOf(AccountKind::Normal, Buy(market, 0, 1).security).total, 13'500);
             QCOMPARE(broker.DealsBetween(AccountKind::Normal, 1, 1).size(), std::size_t{10});
-            QCOMPARE(broker.Audit(), std::string());
         });
+        QCOMPARE(Audit(market), std::string());
         market.SetListener(nullptr);
     }
 

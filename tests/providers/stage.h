@@ -89,11 +89,33 @@ struct Stage {
         return Ask({{"type", "3"}}, body).body;
     }
 
-    /// The open order's rest is dealt.
+    /// 600000 is bought at the broker's counter.
+    std::string BuyAtCounter(desk::AccountKind account, desk::Price price, desk::Quantity quantity)
+    {
+        const desk::OrderWish wish{account, Security(17, "600000"), desk::Side::Buy, price, quantity};
+        return host.Market().Place(wish).contract;
+    }
+    std::size_t Security(std::uint8_t market, const char* code)
+    {
+        return *host.Market().Securities().Find(market, code);
+    }
+
+    /// An open order is dealt.
     std::string Fill(desk::AccountKind account, const std::string& contract, desk::Quantity quantity,
                      int parts = 1)
     {
         return host.Market().Fill(account, contract, quantity, parts);
+    }
+
+    /// Asks for a list under a name, and gives a column of what came.
+    std::string List(void (DataDealBase::*query)(StringMap&), const std::string& name, const char* column,
+                     StringMap parameters = {})
+    {
+        client->SubscribeKey(name, true);
+        parameters["table_name"] = name;
+        (static_cast<DataDealBase&>(form).*query)(parameters);
+        Settle();
+        return client->Column(name, column);
     }
 
     desk::MarketHost host;

@@ -1,7 +1,6 @@
 // The trade side: what is answered, published and pushed, and what isn't.
 
 #include <QTemporaryDir>
-#include <atomic>
 
 #include "desk/providers/scenarios.h"
 #include "providers/stage.h"
@@ -20,13 +19,21 @@ using Json = nlohmann::ordered_json;
 namespace
 {
 
-using Query = void (DataDealBase::*)(StringMap&);
-
 constexpr const char* kServiceKeys[] = {"auto_refresh_data", "chedan_table", "rzrq_chedan_table"};
 
-std::string Text(const QString& text)
+// As the refresh service listens.
+void Serve(Stage& stage)
 {
-    return text.toStdString();
+    for (const char* const key : kServiceKeys) {
+        stage.client->SubscribeKey(key, true);
+    }
+    stage.Settle();
+}
+
+StringMap LastReply(const Stage& stage)  // before the waiting's own
+{
+    const auto answers = stage.client->Answers();
+    return answers[answers.size() - 2]->reply->body;
 }
 
 class Listener : public panelry::desk::MarketListener
@@ -35,41 +42,30 @@ public:
     void OnMarketEvent(const std::string& event, const Json& fields) override
     {
         const std::lock_guard guard(m_lock);
-        m_events.push_back({event, fields});
+        m_events[event].push_back(fields);
     }
-    std::vector<std::pair<std::string, Json>> Take(const std::string& event)
+    std::vector<Json> Of(const std::string& event)
     {
         const std::lock_guard guard(m_lock);
-        std::vector<std::pair<std::string, Json>> found;
-        for (const auto& one : m_events) {
-            if (one.first == event) {
-                found.push_back(one);
-            }
-        }
-        return found;
+        return m_events[event];
     }
 
 private:
     std::mutex m_lock;
-    std::vector<std::pair<std::string, Json>> m_events;
+    std::map<std::string, std::vector<Json>> m_events;
 };
+
+const StringMap kConnectOrder{
+    {"ggt", "1"}, {"zqdm", "00700"}, {"market", "64"}, {"wtjg", "370.000"}, {"wtsl", "200"}};
 
 // Orders of all three accounts in the book, and a deal of each.
 struct TradedStage : Stage {
     TradedStage()
     {
-        for (const StringMap& account :
-             {StringMap(), StringMap{{"rzrq", "1"}, {"rzfs", "rz"}},
-              StringMap{
-                  {"ggt", "1"}, {"zqdm", "00700"}, {"market", "64"}, {"wtjg", "370.000"}, {"wtsl", "200"}}}) {
-            contracts.push_back(Order(account)["htbh"]);
-            const AccountKind kind = contracts.size() == 1   ? AccountKind::Normal
-                                     : contracts.size() == 2 ? AccountKind::Margin
-                                                             : AccountKind::Connect;
-            problems += Fill(kind, contracts.back(), 100);
-        }
+        problems = Fill(AccountKind::Normal, Order()["htbh"], 100) +
+                   Fill(AccountKind::Margin, Order({{"rzrq", "1"}, {"rzfs", "rz"}})["htbh"], 100) +
+                   Fill(AccountKind::Connect, Order(kConnectOrder)["htbh"], 100);
     }
-    std::vector<std::string> contracts;
     std::string problems;
 };
 
@@ -82,49 +78,46 @@ class TradeDeskTest : public panelry::test::Test
 private Q_SLOTS:
     void AListIsPublishedUnderItsName_data()
     {
-        const Rows<const char*, StringMap, const char*, const char*, const char*> row(
-            "query parameters table column texts");
+        const Rows<StringMap, const char*, const char*> row("account column texts");
         const StringMap margin{{"rzrq", "1"}};
         const StringMap connect{{"ggt", "1"}};
-        row("holdings", "positions", {}, "gupiao_table", "2117", "12600 300 850 150 500 20000 120 60 ");
-        row("what can be sold: not today's", "positions", {}, "gupiao_table", "2121",
-            "12500 300 850 150 500 20000 120 60 ");
-        row("margin holdings", "positions", margin, "rzrq_gupiao_table", "2117", "6100 200 10000 ");
-        row("Connect holdings", "positions", connect, "ggt_gupiao_table", "2117", "400 ");
-        row("deals", "deals", {}, "chengjiao_table", "2128", "100 ");
-        row("margin deals", "deals", margin, "rzrq_chengjiao_table", "2129", "9.90 ");
-        row("Connect deals", "deals", connect, "ggt_chengjiao_table", "2129", "370.000 ");
-        row("orders", "orders", {}, "weituo_table", "2128", "100 ");
-        row("margin orders", "orders", margin, "rzrq_weituo_table", "2109", "融资买入 ");
-        row("Connect orders", "orders", connect, "ggt_weituo_table", "2946", "部成 ");
-        row("in their own currency", "orders", connect, "ggt_weituo_table", "2129", "370.000 ");
-        row("open orders", "open", {}, "chedan_table", "2126", "1000 ");
-        row("open margin orders", "open", margin, "rzrq_chedan_table", "32009", "17 ");
-        row("open Connect orders", "open", connect, "ggt_chedan_table", "32009", "64 ");
-        row("a profit", "positions", {}, "gupiao_table", "2147",
+        row("gupiao_table", {}, "2117", "12600 300 850 150 500 20000 120 60 ");
+        row("gupiao_table: to be sold, not today's", {}, "2121", "12500 300 850 150 500 20000 120 60 ");
+        row("gupiao_table: the profit", {}, "2147",
             "1869.99 18090.00 -281.00 435.00 8150.00 1420.00 60.60 279.00 ");
+        row("rzrq_gupiao_table", margin, "2117", "6100 200 10000 ");
+        row("ggt_gupiao_table", connect, "2117", "400 ");
+        row("chengjiao_table", {}, "2128", "100 ");
+        row("rzrq_chengjiao_table", margin, "2129", "9.90 ");
+        row("ggt_chengjiao_table", connect, "2129", "370.000 ");
+        row("weituo_table", {}, "2128", "100 ");
+        row("rzrq_weituo_table", margin, "2109", "融资买入 ");
+        row("ggt_weituo_table", connect, "2946", "部成 ");
+        row("ggt_weituo_table: in its own currency", connect, "2129", "370.000 ");
+        row("chedan_table", {}, "2126", "1000 ");
+        row("rzrq_chedan_table", margin, "32009", "17 ");
+        row("ggt_chedan_table", connect, "32009", "64 ");
     }
 
     void AListIsPublishedUnderItsName()
     {
-        QFETCH(const QString, query);
-        QFETCH(StringMap, parameters);
-        QFETCH(const QString, table);
+        QFETCH(StringMap, account);
         QFETCH(const QString, column);
-        QFETCH(const QString, texts);
-        const std::map<std::string, Query> queries{{"positions", &DataDealBase::QueryPositions},
-                                                   {"deals", &DataDealBase::QueryDeals},
-                                                   {"orders", &DataDealBase::QueryOrders},
-                                                   {"open", &DataDealBase::QueryCancelableOrders}};
+        const std::string table =
+            QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(':'), 0, 0).toStdString();
+        const auto asked = table.find("gupiao") != std::string::npos      ? &DataDealBase::QueryPositions
+                           : table.find("chengjiao") != std::string::npos ? &DataDealBase::QueryDeals
+                           : table.find("weituo") != std::string::npos    ? &DataDealBase::QueryOrders
+                                                                       : &DataDealBase::QueryCancelableOrders;
         TradedStage stage;
         QCOMPARE(stage.problems, std::string());
-        parameters["table_name"] = Text(table);
-        stage.client->SubscribeKey(Text(table), true);
-        (static_cast<DataDealBase&>(stage.form).*queries.at(Text(query)))(parameters);
-        QCOMPARE(stage.Settle(), "table " + Text(table) + "; ");  // and no answer besides
-        QCOMPARE(QString::fromStdString(stage.client->Column(Text(table), column.toUtf8())), texts);
-        QCOMPARE(stage.client->Table(Text(table))->Name(), Text(table));
-        QVERIFY(stage.client->GetTable(Text(table)) != nullptr);
+        account["table_name"] = table;
+        stage.client->SubscribeKey(table, true);
+        (static_cast<DataDealBase&>(stage.form).*asked)(account);
+        QCOMPARE(stage.Settle(), "table " + table + "; ");  // and no answer besides
+        QTEST(QString::fromStdString(stage.client->Column(table, column.toUtf8())), "texts");
+        QCOMPARE(stage.client->Table(table)->Name(), table);
+        QVERIFY(stage.client->GetTable(table) != nullptr);
     }
 
     void WithoutANameAListComesWithTheAnswer()
@@ -137,25 +130,16 @@ private Q_SLOTS:
         QCOMPARE(answer->request->local, (StringMap{{"mine", "7"}}));
     }
 
-    void WhatIsNotKnownIsTurnedDown_data()
-    {
-        const Rows<StringMap, StringMap, int> row("head body result");
-        row("known", {{"type", "1537"}}, {}, 0);
-        row("no type", {}, {}, -1);
-        row("a foreign type", {{"type", "77"}}, {}, -1);
-        row("a foreign command of margin", {{"type", "2314"}}, {{"cmd", "rzrq_xx"}}, -1);
-        row("no command of Connect", {{"type", "2317"}}, {}, -1);
-        row("a command of another account", {{"type", "2317"}}, {{"cmd", "rzrq_cd"}}, -1);
-        row("a foreign setting", {{"type", "2304"}}, {{"cmd", "other"}}, -1);
-    }
-
     void WhatIsNotKnownIsTurnedDown()
     {
-        QFETCH(StringMap, head);
-        QFETCH(StringMap, body);
-        QFETCH(int, result);
         Stage stage;
-        QCOMPARE(stage.Send(head, body), result);
+        QCOMPARE(stage.Send({{"type", "1537"}}, {}), 0);
+        QCOMPARE(stage.Send({}, {}), -1);
+        QCOMPARE(stage.Send({{"type", "77"}}, {}), -1);
+        QCOMPARE(stage.Send({{"type", "2314"}}, {{"cmd", "rzrq_xx"}}), -1);
+        QCOMPARE(stage.Send({{"type", "2317"}}, {}), -1);
+        QCOMPARE(stage.Send({{"type", "2317"}}, {{"cmd", "rzrq_cd"}}), -1);  // of another account
+        QCOMPARE(stage.Send({{"type", "2304"}}, {{"cmd", "other"}}), -1);
     }
 
     void OrdersAreTakenOrRefusedWithAReason_data()
@@ -169,16 +153,12 @@ private Q_SLOTS:
         row("an unknown code", {{"zqdm", "600001"}}, "代码", false);
         row("no side", {{"mmlb", ""}}, "买卖", false);
         row("no price", {{"wtjg", "x"}}, "价格", false);
-        row("a negative price", {{"wtjg", "-1"}}, "价格", false);
         row("no quantity", {{"wtsl", "0"}}, "数量", false);
         row("another's funds account", {{"zjzh", "1"}}, "资金账号", false);
         row("another's shareholder account", {{"gdzh", "B1"}}, "股东", false);
         row("an unknown way to pay", {{"rzrq", "1"}, {"rzfs", "x"}}, "融资", false);
-        row("the broker: too little money", {{"wtsl", "100000"}}, "资金", true);
-        row("the broker: too little to sell", {{"mmlb", "S"}, {"wtsl", "12600"}}, "可卖", true);
-        row("the exchange: beyond the limit", {{"wtjg", "11.03"}}, "涨跌停", true);
-        row("the exchange: no lot", {{"wtsl", "150"}}, "100", true);
-        row("the exchange: suspended", {{"zqdm", "600100"}, {"wtjg", "7.77"}}, "停牌", true);
+        row("by the broker", {{"wtsl", "100000"}}, "资金", true);
+        row("by the exchange", {{"wtjg", "11.03"}}, "涨跌停", true);
     }
 
     void OrdersAreTakenOrRefusedWithAReason()
@@ -187,10 +167,7 @@ private Q_SLOTS:
         QFETCH(const QString, reason);
         QFETCH(bool, kept);
         Stage stage;
-        for (const char* const key : kServiceKeys) {
-            stage.client->SubscribeKey(key, true);
-        }
-        stage.Settle();
+        Serve(stage);
         const std::size_t before = stage.client->Answers().size();
         StringMap reply = stage.Order(changes);
         const bool margin = changes["rzrq"] == "1";
@@ -205,14 +182,12 @@ private Q_SLOTS:
                                   : StringMap());
         QCOMPARE(stage.client->Column(margin ? "rzrq_chedan_table" : "chedan_table", "2135"),
                  reason.isEmpty() ? reply["htbh"] + " " : std::string("none"));
-        StringMap parameters{{"table_name", "weituo_table"}, {"rzrq", margin ? "1" : "0"}};
-        stage.client->SubscribeKey("weituo_table", true);
-        stage.form.QueryOrders(parameters);
-        stage.Settle();
-        QCOMPARE(stage.client->Column("weituo_table", "2135"), kept ? reply["htbh"] + " " : std::string());
-        QCOMPARE(stage.client->Column("weituo_table", "2946"), !kept              ? std::string()
-                                                               : reason.isEmpty() ? std::string("已报 ")
-                                                                                  : std::string("废单 "));
+        const auto orders = [&](const char* column) {
+            return stage.List(&DataDealBase::QueryOrders, "weituo_table", column,
+                              {{"rzrq", margin ? "1" : "0"}});
+        };
+        QCOMPARE(orders("2135"), kept ? reply["htbh"] + " " : std::string());
+        QCOMPARE(orders("2946"), std::string(!kept ? "" : reason.isEmpty() ? "已报 " : "废单 "));
     }
 
     void ACancelGoesThereAndBack_data()
@@ -221,9 +196,7 @@ private Q_SLOTS:
         row("normal", {}, "chedan_table", "map auto_refresh_data; table chedan_table; ");
         row("margin", {{"rzrq", "1"}}, "rzrq_chedan_table",
             "map auto_refresh_data; table rzrq_chedan_table; ");
-        row("Connect",
-            {{"ggt", "1"}, {"zqdm", "00700"}, {"market", "64"}, {"wtjg", "370.000"}, {"wtsl", "100"}},
-            "ggt_chedan_table", "table ggt_chedan_table; ");
+        row("Connect", kConnectOrder, "ggt_chedan_table", "table ggt_chedan_table; ");
     }
 
     void ACancelGoesThereAndBack()
@@ -234,16 +207,15 @@ private Q_SLOTS:
         Stage stage;
         const std::string contract = stage.Order(account)["htbh"];
         stage.client->SubscribeKey("auto_refresh_data", true);
-        stage.client->SubscribeKey(Text(table), true);
+        stage.client->SubscribeKey(table.toStdString(), true);
         StringMap row = account;
         row["htbh"] = contract;
         const auto cancel = std::make_shared<ddsdk::TradeRequestParam>();
         stage.form.FillCancelRequest(cancel, row);
         stage.client->SendTradeRequest(cancel);
-        QCOMPARE(stage.Settle(), "answer " + cancel->head["type"] + "; " + Text(told));
-        QCOMPARE(stage.client->Column(Text(table), "2135"), std::string());
-        const auto answers = stage.client->Answers();
-        StringMap reply = answers[answers.size() - 2]->reply->body;
+        QCOMPARE(stage.Settle(), "answer " + cancel->head["type"] + "; " + told.toStdString());
+        QCOMPARE(stage.client->Column(table.toStdString(), "2135"), std::string());
+        StringMap reply = LastReply(stage);
         QCOMPARE(reply["ret"] + reply["htbh"], "0" + contract);
         if (account["ggt"].empty()) {
             QCOMPARE(stage.client->Map("auto_refresh_data"),
@@ -251,8 +223,7 @@ private Q_SLOTS:
         }
         stage.client->SendTradeRequest(cancel);  // there is nothing left
         QCOMPARE(stage.Settle(), "answer " + cancel->head["type"] + "; ");
-        const auto refused = stage.client->Answers();
-        QCOMPARE(refused[refused.size() - 2]->reply->body["ret"], std::string("-1"));
+        QCOMPARE(LastReply(stage)["ret"], std::string("-1"));
     }
 
     void AnotherAccountsOrderCannotBeCancelled()
@@ -267,15 +238,8 @@ private Q_SLOTS:
     void OrdersOfOthersArePushedAndDealsAreNot()
     {
         Stage stage;
-        for (const char* const key : kServiceKeys) {
-            stage.client->SubscribeKey(key, true);
-        }
-        stage.Settle();
-        const std::string contract =
-            stage.host.Market()
-                .Place({AccountKind::Margin, *stage.host.Market().Securities().Find(17, "600000"),
-                        panelry::desk::Side::Buy, 9900, 1000, panelry::desk::Funding::Own})
-                .contract;
+        Serve(stage);
+        const std::string contract = stage.BuyAtCounter(AccountKind::Margin, 9900, 1000);
         QCOMPARE(stage.Settle(), std::string("map auto_refresh_data; table rzrq_chedan_table; "));
         QCOMPARE(stage.client->Column("rzrq_chedan_table", "2135"), contract + " ");
         QCOMPARE(stage.Fill(AccountKind::Margin, contract, 1000, 7), std::string());
@@ -328,11 +292,7 @@ private Q_SLOTS:
         TradedStage stage;
         stage.host.Market().Midnight();
         const auto deals = [&](const char* table, StringMap parameters) {
-            parameters["table_name"] = table;
-            stage.client->SubscribeKey(table, true);
-            stage.form.QueryDeals(parameters);
-            stage.Settle();
-            return stage.client->Column(table, "2141");
+            return stage.List(&DataDealBase::QueryDeals, table, "2141", std::move(parameters));
         };
         std::string first = panelry::desk::DateText(1);
         std::erase(first, '-');
@@ -350,21 +310,20 @@ private Q_SLOTS:
             range["qsrq"] = "20991230";
             QCOMPARE(deals("past", range), std::string());
         }
-        deals("broken", {{"qsrq", "2026"}, {"jzrq", "20260230"}});
-        QCOMPARE(stage.client->Column("broken", "2141"), std::string("none"));
-        const auto answers = stage.client->Answers();
-        QCOMPARE(answers[answers.size() - 2]->reply->body["ret"], std::string("-1"));
+        QCOMPARE(deals("broken", {{"qsrq", "2026"}, {"jzrq", "20260230"}}), std::string("none"));
+        QCOMPARE(LastReply(stage)["ret"], std::string("-1"));
     }
 
     void TheAccountsAreThereFromTheStart()
     {
         Stage stage;
         std::shared_ptr<std::string> text;
-        for (const auto& [key, value] : std::map<std::string, std::string>{{"account", "880010001"},
-                                                                           {"rzrq_account", "990010001"},
-                                                                           {"ggt_account", "770010001"},
-                                                                           {"authority_0", "1"},
-                                                                           {"authority_1", "1"}}) {
+        const StringMap texts{{"account", "880010001"},
+                              {"rzrq_account", "990010001"},
+                              {"ggt_account", "770010001"},
+                              {"authority_0", "1"},
+                              {"authority_1", "1"}};
+        for (const auto& [key, value] : texts) {
             QCOMPARE(stage.client->GetString(key, text), 0);
             QCOMPARE(*text, value);
         }
@@ -417,10 +376,7 @@ private Q_SLOTS:
         QCOMPARE(stage.Send({{"type", "1537"}}, {}), -1);
         QCOMPARE(stage.client->SubscribeKey(kServiceKeys[0], true), -1);
         QVERIFY(!stage.form.HasAuthority(1) && !stage.form.HasAuthority(2));
-        QVERIFY(!stage.host.Market()
-                     .Place({AccountKind::Normal, *stage.host.Market().Securities().Find(17, "600000"),
-                             panelry::desk::Side::Buy, 9900, 1000, panelry::desk::Funding::Own})
-                     .contract.empty());
+        QVERIFY(!stage.BuyAtCounter(AccountKind::Normal, 9900, 1000).empty());
         stage.host.LogIn();
         // The subscriptions are gone, and so is what would have been pushed.
         QCOMPARE(stage.Settle(), std::string("login 0; login 1; "));
@@ -439,25 +395,22 @@ private Q_SLOTS:
         const std::string contract = stage.Order()["htbh"];
         stage.Fill(AccountKind::Normal, contract, 400);
         stage.host.Market().Midnight();
-        QCOMPARE(listener.Take("setting").at(0).second, (Json{{"module", "41005"}, {"value", "on"}}));
-        QCOMPARE(listener.Take("request").at(1).second, (Json{{"type", "3"},
-                                                              {"cmd", ""},
-                                                              {"dataid", ""},
-                                                              {"table", ""},
-                                                              {"code", "600000"},
-                                                              {"taken", true}}));
+        QCOMPARE(listener.Of("setting").at(0), (Json{{"module", "41005"}, {"value", "on"}}));
+        const std::string request =
+            R"({"type":"3","cmd":"","dataid":"","table":"","code":"600000","taken":true})";
+        QCOMPARE(listener.Of("request").at(1).dump(), request);
         std::string orders;
-        for (const auto& [event, order] : listener.Take("order")) {
+        for (const Json& order : listener.Of("order")) {
             orders += order["what"].get<std::string>() + " " + order["dealt"].dump() + " " +
                       order["state"].get<std::string>() + "; ";
         }
         QCOMPARE(orders, std::string("accepted 0 已报; dealt 400 部成; expired 400 部撤; "));
-        const Json deal = listener.Take("deal").at(0).second;
+        const Json deal = listener.Of("deal").at(0);
         QCOMPARE(deal["price"].get<std::string>() + " " + deal["worth"].get<std::string>() + " " +
                      deal["contract"].get<std::string>(),
                  "9.90 3960.00 " + contract);
-        QCOMPARE(listener.Take("day").at(0).second["day"], 2);
-        QCOMPARE(listener.Take("phase").at(0).second["time"], "11:30:00");
+        QCOMPARE(listener.Of("day").at(0)["day"], 2);
+        QCOMPARE(listener.Of("phase").at(0)["time"], "11:30:00");
         stage.host.Stop();
     }
 
@@ -468,16 +421,15 @@ private Q_SLOTS:
             return panelry::desk::PlayScenario(stage.host, words);
         };
         const auto quote = [&] {
-            return stage.host.Market().Read([](const auto& exchange, const auto&) {
-                return exchange.QuoteOf(*exchange.Securities().Find(17, "600000"));
+            return stage.host.Market().Read([&](const auto& exchange, const auto&) {
+                return exchange.QuoteOf(stage.Security(17, "600000"));
             });
         };
         const std::string contract = stage.Order({{"wtsl", "20000"}, {"wtjg", "9.80"}})["htbh"];
         QCOMPARE(play({"thousand-fills", "600000"}), std::string());
-        QCOMPARE(stage.host.Market().Read([&](const auto&, const auto& broker) {
-            return broker.Deals(AccountKind::Normal).size();
-        }),
-                 std::size_t{1000});
+        stage.host.Market().Read([](const auto&, const auto& broker) {
+            QCOMPARE(broker.Deals(AccountKind::Normal).size(), std::size_t{1000});
+        });
         QVERIFY(!play({"thousand-fills"}).empty());
         QCOMPARE(play({"limit-up", "600000", "17"}), std::string());
         QCOMPARE(quote().bids[0].price, quote().upperLimit);
@@ -494,13 +446,9 @@ private Q_SLOTS:
         QCOMPARE(stage.Send({{"type", "1537"}}, {}), 0);
         QCOMPARE(play({"midnight"}), std::string());
         QCOMPARE(stage.host.Market().Now().day, 2);
-        for (const std::vector<std::string>& words :
-             std::vector<std::vector<std::string>>{{},
-                                                   {"other"},
-                                                   {"limit-up"},
-                                                   {"limit-down", "1"},
-                                                   {"fast-market", "x"},
-                                                   {"fast-market", "-1"}}) {
+        const std::vector<std::vector<std::string>> wrong{
+            {}, {"other"}, {"limit-up"}, {"limit-down", "1"}, {"fast-market", "x"}, {"fast-market", "-1"}};
+        for (const auto& words : wrong) {
             QVERIFY(!play(words).empty());
         }
     }
@@ -530,21 +478,16 @@ private Q_SLOTS:
         }
         settings.startOfDay = std::chrono::hours(hour);
         Stage stage(settings);
-        stage.client->SubscribeKey("chedan_table", true);
-        StringMap parameters{{"table_name", "chedan_table"}};
-        stage.form.QueryCancelableOrders(parameters);
-        stage.Settle();
-        QCOMPARE(stage.client->Column("chedan_table", "2135"),
+        QCOMPARE(stage.List(&DataDealBase::QueryCancelableOrders, "chedan_table", "2135"),
                  stays ? contract + " " + other + " " : std::string());
         QCOMPARE(stage.Fill(AccountKind::Normal, contract, 700).empty(), stays && hour > 9);
         stage.host.Market().MoveTo(13h);
         QCOMPARE(stage.Fill(AccountKind::Normal, contract, 700).empty(), stays && hour < 9);
-        const auto deals = stage.host.Market().Read(
-            [](const auto&, const auto& broker) { return broker.DealsBetween(AccountKind::Normal, 1, 1); });
-        QCOMPARE(deals.back().quantity, stays ? 700 : 300);
         QCOMPARE(stage.host.Market().Cancel(AccountKind::Normal, other).empty(), stays);
-        QCOMPARE(stage.host.Market().Read([](const auto&, const auto& broker) { return broker.Audit(); }),
-                 std::string());
+        stage.host.Market().Read([&](const auto&, const auto& broker) {
+            QCOMPARE(broker.DealsBetween(AccountKind::Normal, 1, 1).back().quantity, stays ? 700 : 300);
+            QCOMPARE(broker.Audit(), std::string());
+        });
     }
 };
 

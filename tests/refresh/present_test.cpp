@@ -60,8 +60,7 @@ private Q_SLOTS:
         QCOMPARE(stage.host.TakeLog(), std::string("set zijin_data_proc"));
         answer->request->head["type"] = "2314";
         answer->reply->body["cmd"] = "rzrq_cxzj";
-        answer->table = std::make_shared<FakeAnswerTable>(std::vector<std::string>{"2172"},
-                                                          FakeTable::Rows{{"0"}, {"1"}});
+        answer->table = std::make_shared<FakeAnswerTable>(FakeTable::Rows{{"2172"}, {"0"}, {"1"}});
         stage.present->OnFundsPush(answer);
         QCOMPARE(stage.host.TakeLog(), std::string("set zijin_data_rzrq_0, set zijin_data_rzrq_1"));
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "observers/fake_providers.h"
 #include "refresh/auto_refresh_present.h"
 #include "services/resource_manager.h"
 #include "support/test.h"
@@ -29,25 +30,20 @@ inline ConfigTable& Settings()
 }
 
 /// The host: both providers and one list, in words, of all that was asked of them. Any thread.
-class FakeHost : public QuoteProvider, public FakeAccount
+class FakeHost : public FakeQuoteProvider, public FakeAccount
 {
 public:
-    void Log(std::string what)
+    void Log(const std::string& what)
     {
         const std::lock_guard guard(m_lock);
-        m_log.push_back(std::move(what));
+        m_log += (m_log.empty() ? "" : ", ") + what;
     }
 
     /// The list since the last call, ", " between its entries.
     std::string TakeLog()
     {
         const std::lock_guard guard(m_lock);
-        std::string words;
-        for (const std::string& what : m_log) {
-            words += (words.empty() ? "" : ", ") + what;
-        }
-        m_log.clear();
-        return words;
+        return std::exchange(m_log, {});
     }
 
     int Attach(int, std::shared_ptr<QuoteObserver> subscriber) override
@@ -55,21 +51,11 @@ public:
         Hold(std::move(subscriber));
         return 0;
     }
-    int QueryQuoteFields(int, StringMap&, std::shared_ptr<StringMap>&) override { return -1; }
     int SubscribeCodes(std::vector<MarketCode>& codes, bool on, std::shared_ptr<QuoteObserver>) override
     {
-        std::string words = on ? "codes+" : "codes-";
-        for (const MarketCode& stock : codes) {
-            words += ' ' + std::to_string(stock.market) + ':' + stock.code;
-        }
+        const std::string words = (on ? "codes+" : "codes-") + Words(codes);
         Log(words);
         return Called(words);
-    }
-    int SubscribeTopicA(std::uint32_t, bool, std::shared_ptr<QuoteObserver>) override { return -1; }
-    int SubscribeTopicB(std::uint32_t, std::uint32_t, std::uint32_t, bool,
-                        std::shared_ptr<QuoteObserver>) override
-    {
-        return -1;
     }
     int ResolveCodeMarkets(std::vector<MarketCode>& codes) override
     {
@@ -78,11 +64,6 @@ public:
         const int result = Called("resolve");
         return corrected == m_markets.end() ? -1 : result;
     }
-    int ListCodeMatches(std::vector<MarketCode>&, std::vector<std::vector<std::string>>&) override
-    {
-        return -1;
-    }
-    int AgreedQuoteCall(std::uintptr_t, std::uintptr_t) override { return -1; }
 
     int Attach(int, std::shared_ptr<TradeObserver>) override { return 0; }
     int SendTradeRequest(std::shared_ptr<TradeObserver>,
@@ -142,7 +123,7 @@ private:
 
     std::atomic<int> m_underWay{0};
     std::mutex m_lock;
-    std::vector<std::string> m_log;
+    std::string m_log;
     std::shared_ptr<QuoteObserver> m_quoteSubscriber;
 };
 

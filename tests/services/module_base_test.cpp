@@ -5,7 +5,7 @@
 #include "support/slot_of.h"
 #include "support/test.h"
 
-using panelry::test::SlotOf;
+using namespace panelry::test;
 
 namespace
 {
@@ -60,22 +60,18 @@ private Q_SLOTS:
 
     void OperationsKeepTheirPlaces()
     {
-        const int first = SlotOf(&ModuleBase::Initialize);
-        QCOMPARE(
-            (std::vector<int>{SlotOf(&ModuleBase::GetInstanceInfo), SlotOf(&ModuleBase::OnMessage),
-                              SlotOf(&ModuleBase::GetWidget), SlotOf(&ModuleBase::SetProviders),
-                              SlotOf(&ModuleBase::SetColorTable), SlotOf(&ModuleBase::SetConfigTables),
-                              SlotOf(&ModuleBase::ReservedModuleOp)}),
-            (std::vector<int>{first + 1, first + 2, first + 3, first + 4, first + 5, first + 6, first + 7}));
-        QCOMPARE((std::vector<int>{SlotOf(&ModuleManagerSpi::SendModuleMessage),
-                                   SlotOf(&ModuleManagerSpi::CreateSubModule),
-                                   SlotOf(&ModuleManagerSpi::WriteModuleLog)}),
-                 (std::vector<int>{0, 1, 2}));
-        QCOMPARE((std::vector<int>{
-                     SlotOf(&PluginManagerSpi::HandleLinkedMessage), SlotOf(&PluginManagerSpi::ForwardToHost),
-                     SlotOf(&PluginManagerSpi::HandleMessage201), SlotOf(&PluginManagerSpi::HandleMessage202),
-                     SlotOf(&PluginManagerSpi::HandleMessage203)}),
-                 (std::vector<int>{0, 1, 2, 3, 4}));
+        using M = ModuleBase;
+        const int first = SlotOf(&M::Initialize);
+        QCOMPARE(SlotsOf(&M::GetInstanceInfo, &M::OnMessage, &M::GetWidget, &M::SetProviders,
+                         &M::SetColorTable, &M::SetConfigTables, &M::ReservedModuleOp),
+                 (std::vector{first + 1, first + 2, first + 3, first + 4, first + 5, first + 6, first + 7}));
+        using Manager = ModuleManagerSpi;
+        QCOMPARE(SlotsOf(&Manager::SendModuleMessage, &Manager::CreateSubModule, &Manager::WriteModuleLog),
+                 (std::vector{0, 1, 2}));
+        using Plugins = PluginManagerSpi;
+        QCOMPARE(SlotsOf(&Plugins::HandleLinkedMessage, &Plugins::ForwardToHost, &Plugins::HandleMessage201,
+                         &Plugins::HandleMessage202, &Plugins::HandleMessage203),
+                 (std::vector{0, 1, 2, 3, 4}));
     }
 };
 

@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "bridge/config_store.h"
-#include "support/rows.h"
 #include "support/test.h"
+#include "support/text_rows.h"
 
-using panelry::test::Rows;
+using namespace panelry::test;
 
 class ResourceManagerTest : public panelry::test::Test
 {
@@ -18,30 +18,28 @@ private Q_SLOTS:
     // The same settings through both reads: the tables let a user blank a value, the store doesn't.
     void BothReads_data()
     {
-        const Rows<QByteArray, QByteArray, QByteArray, QByteArray> row("system user fromTables fromStore");
         const QByteArray value = R"({"general": {"language": "system"}})";
         const QByteArray other = R"({"general": {"language": "user"}})";
         const QByteArray blank = R"({"general": {"language": ""}})";
         const QByteArray keyMissing = R"({"general": {"x": "y"}})";
         const QByteArray swapped = R"({"language": {"general": "swapped"}})";
-        row("user wins", value, other, "user", "user");
-        row("user blanks it", value, blank, "", "system");
-        row("user has the section alone", value, keyMissing, "system", "system");
-        row("user has other sections", value, swapped, "system", "system");
-        row("no system settings", "", other, "user", "user");
-        row("blank on both sides", blank, blank, "", "");
-        row("key and section change places", swapped, swapped, "", "");
+        TextRows("system user fromTables fromStore",
+                 {{"user wins", value, other, "user", "user"},
+                  {"user blanks it", value, blank, "", "system"},
+                  {"user has the section alone", value, keyMissing, "system", "system"},
+                  {"user has other sections", value, swapped, "system", "system"},
+                  {"no system settings", "", other, "user", "user"},
+                  {"blank on both sides", blank, blank, "", ""},
+                  {"key and section change places", swapped, swapped, "", ""}});
     }
 
     void BothReads()
     {
-        QFETCH(const QByteArray, system);
-        QFETCH(const QByteArray, user);
         const QTemporaryDir folder;
         std::optional<ConfigTable> tables[2];
         std::string paths[2];
         for (int i = 0; i < 2; ++i) {
-            const QByteArray& text = i == 0 ? system : user;
+            const QByteArray text = Given(i == 0 ? "system" : "user");
             QFile file(folder.filePath(QString::number(i)));
             paths[i] = file.fileName().toStdString();
             if (!text.isEmpty()) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <vector>
 
 namespace panelry::test
 {
@@ -14,6 +15,12 @@ int SlotOf(Operation operation)
     static_assert(sizeof operation == sizeof parts);
     std::memcpy(parts, &operation, sizeof parts);
     return static_cast<int>((parts[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*)));
+}
+
+template <class... Operation>
+std::vector<int> SlotsOf(Operation... operations)
+{
+    return {SlotOf(operations)...};
 }
 
 }  // namespace panelry::test

@@ -1,17 +1,13 @@
 #pragma once
 
+#include <QByteArray>
 #include <algorithm>
 #include <functional>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "observers/fake_providers.h"
 #include "services/host_table.h"
-#include "services/quote_observer.h"
-#include "services/trade_observer.h"
 
 namespace panelry::test
 {
@@ -22,6 +18,24 @@ class FakeTable : public HostTable
 public:
     using Rows = std::vector<std::vector<std::string>>;
 
+    /// Blanks part the lines, "|" the cells; lines are as long as the first one, which names the columns.
+    static Rows LinesOf(const QByteArray& text)
+    {
+        Rows lines;
+        for (const QByteArray& line : text.trimmed().split(' ')) {
+            std::vector<std::string>& cells = lines.emplace_back();
+            for (const QByteArray& cell : line.split('|')) {
+                cells.push_back(cell.toStdString());
+            }
+            cells.resize(lines[0].size());
+        }
+        return lines;
+    }
+
+    FakeTable(std::string name, const Rows& lines)
+        : FakeTable(std::move(name), lines[0], Rows(lines.begin() + 1, lines.end()))
+    {
+    }
     FakeTable(std::string name, std::vector<std::string> columns, Rows rows)
         : m_name(std::move(name)), m_columns(std::move(columns)), m_rows(std::move(rows))
     {
@@ -54,8 +68,8 @@ private:
 class FakeAnswerTable : public HostAnswerTable
 {
 public:
-    FakeAnswerTable(std::vector<std::string> columns, FakeTable::Rows rows)
-        : m_columns(std::move(columns)), m_rows(std::move(rows))
+    explicit FakeAnswerTable(const FakeTable::Rows& lines)
+        : m_columns(lines[0]), m_rows(lines.begin() + 1, lines.end())
     {
     }
 
@@ -82,54 +96,7 @@ private:
     const FakeTable::Rows m_rows;
 };
 
-/// A trade side that keeps what is published and every request word by word. Any thread.
-class FakeAccount : public TradeProvider
-{
-public:
-    int Attach(int, std::shared_ptr<TradeObserver>) override { return 0; }
-    int SendTradeRequest(std::shared_ptr<TradeObserver>,
-                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
-    {
-        const std::lock_guard guard(m_lock);
-        m_requests.push_back(*request);
-        return 0;
-    }
-    int GetString(const std::string& key, std::shared_ptr<std::string>& value) override
-    {
-        const std::lock_guard guard(m_lock);
-        const auto found = m_strings.find(key);
-        value = found == m_strings.end() ? nullptr : std::make_shared<std::string>(found->second);
-        return value ? 0 : -1;
-    }
-    int SubscribeKey(const std::string&, bool, std::shared_ptr<TradeObserver>) override { return 0; }
-    int SetStringMap(const std::string& name, std::shared_ptr<StringMap> map) override
-    {
-        const std::lock_guard guard(m_lock);
-        m_maps[name] = *map;
-        return 0;
-    }
-    std::shared_ptr<StringMap> GetStringMap(const std::string& name) override
-    {
-        const std::lock_guard guard(m_lock);
-        const auto found = m_maps.find(name);
-        return found == m_maps.end() ? nullptr : std::make_shared<StringMap>(found->second);
-    }
-    std::shared_ptr<HostTable> GetTable(const std::string&) override { return nullptr; }
-
-    std::map<std::string, std::string> m_strings;  // set while nobody calls
-    std::map<std::string, StringMap> m_maps;
-    std::vector<ddsdk::TradeRequestParam> m_requests;
-
-private:
-    std::mutex m_lock;
-};
-
-/// Both observers in one object.
-class FakeObservers : public QuoteObserver, public TradeObserver
-{
-public:
-    void* ObserverSelf() override { return this; }
-};
+using FakeAccount = FakeTradeProvider;
 
 /// A part of the tables' logic with its account.
 template <class Logic>
@@ -141,7 +108,7 @@ struct LogicStage {
     }
 
     FakeAccount account;
-    std::shared_ptr<FakeObservers> observers = std::make_shared<FakeObservers>();
+    std::shared_ptr<PairOfObservers> observers = std::make_shared<PairOfObservers>();
     Logic logic;
 };
 

@@ -5,12 +5,7 @@
 #include "support/text_rows.h"
 #include "ticket/stage.h"
 
-using panelry::test::Fields;
-using panelry::test::Given;
-using panelry::test::TextRows;
-using panelry::test::TicketStage;
-using panelry::test::Unlike;
-using panelry::test::With;
+using namespace panelry::test;
 
 namespace
 {
@@ -112,7 +107,7 @@ private Q_SLOTS:
         QTEST(Outcome([&] { return find(Given("market")); }), "found");
         stage.m_sides.reset();
         scdm = account = "old";
-        QCOMPARE(find("no number"), std::string(" "));
+        QCOMPARE(find("no number"), " ");
     }
 
     void ARowWithoutAMarketNumberStopsTheSearch()
@@ -128,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(Outcome(find), "A1/t1");
         stage.PublishAccounts("0_begin=1 0_end=9", "1|16|A1||||t1 1|bad|A0|");
         QCOMPARE(Outcome(find), "invalid stoul argument");  // by the second: the first has found
-        QCOMPARE(account, std::string("A1"));
+        QCOMPARE(account, "A1");
         stage.PublishAccounts("0_begin=1 0_end=9", "1|bad|A0| 1|16|A1|");
         QCOMPARE(Outcome(find), "invalid stoul argument");
         QCOMPARE(account, std::string());

@@ -13,18 +13,10 @@
 namespace panelry::test
 {
 
-/// A host table out of text: blanks part the lines, "|" the cells, and the first line names the columns.
-inline std::shared_ptr<HostTable> TextTable(const QByteArray& text)
+/// A host table out of text, see FakeTable::LinesOf().
+inline std::shared_ptr<HostTable> TextTable(const QByteArray& text, const std::string& name = "table")
 {
-    FakeTable::Rows lines;
-    for (const QByteArray& line : text.split(' ')) {
-        std::vector<std::string>& cells = lines.emplace_back();
-        for (const QByteArray& cell : line.split('|')) {
-            cells.push_back(cell.toStdString());
-        }
-        cells.resize(lines[0].size());
-    }
-    return std::make_shared<FakeTable>("table", lines[0], FakeTable::Rows(lines.begin() + 1, lines.end()));
+    return std::make_shared<FakeTable>(name, FakeTable::LinesOf(text));
 }
 
 /// An answer of the three maps of request and reply.
@@ -43,16 +35,15 @@ struct AnswerText {
     }
 };
 
-/// Keeps what is sent, and answers when the test wants it, on a thread of its own, as hosts do.
+/// Answers when the test wants it, on a thread of its own, as hosts do.
 class LateTradeProvider : public FakeTradeProvider
 {
 public:
     int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
                          std::shared_ptr<ddsdk::TradeRequestParam> request) override
     {
-        m_subscriber = std::move(subscriber);
-        m_sent.push_back(std::move(request));
-        return 0;
+        m_subscriber = subscriber;
+        return FakeTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
     }
     void Answer(std::size_t request, const AnswerText& text)
     {
@@ -62,13 +53,19 @@ public:
     }
 
     std::shared_ptr<TradeObserver> m_subscriber;
-    std::vector<std::shared_ptr<ddsdk::TradeRequestParam>> m_sent;
 };
 
-/// Knows some stocks: corrects markets and gives decimals and matches.
+/// Knows some stocks: corrects markets and gives decimals and matches. Pushes come on a thread of their own.
 class KnowingQuoteProvider : public FakeQuoteProvider
 {
 public:
+    int SubscribeCodes(std::vector<MarketCode>& codes, bool on,
+                       std::shared_ptr<QuoteObserver> subscriber) override
+    {
+        m_subscriber = std::move(subscriber);
+        m_subscriptions += Words(codes) + (on ? " on" : " off");
+        return 0;
+    }
     int QueryQuoteFields(int mask, StringMap& key, std::shared_ptr<StringMap>& fields) override
     {
         fields = m_fields;
@@ -86,7 +83,17 @@ public:
         rows = m_matches;
         return Record("ListCodeMatches" + Words(codes));
     }
+    /// A row's "stockcode" begins with a raw market byte.
+    void Push(const QByteArray& row)
+    {
+        auto push = std::make_shared<QuotePushRecord>();
+        push->head = Fields("type=pushdata pushflag=1");
+        push->rows = {Fields(row)};
+        std::thread([&] { m_subscriber->OnQuotePush(push); }).join();
+    }
 
+    std::shared_ptr<QuoteObserver> m_subscriber;
+    std::string m_subscriptions;
     std::shared_ptr<StringMap> m_fields;
     std::uint8_t m_market = 0;
     int m_resolved = -1;
@@ -104,16 +111,13 @@ public:
         m_rules.SetObservers(m_sides, m_sides);
     }
 
-    void PublishText(const std::string& name, const std::string& text)
-    {
-        m_trade.m_strings[name] = std::make_shared<std::string>(text);
-    }
+    void PublishText(const std::string& name, const std::string& text) { m_trade.m_strings[name] = text; }
     /// The range of market codes, and the accounts' tables in the columns market code, market, account, masks,
     /// main account, STAR masks, order types, ChiNext masks, order types of the board; empty ones not at all.
     void PublishAccounts(const QByteArray& range, const QByteArray& ordinary, const QByteArray& margin = {})
     {
         const QByteArray columns = "2167|2108|2106|2170|2176|2212|2213|2214|2306 ";
-        m_trade.m_maps["scdm_range"] = std::make_shared<StringMap>(Fields(range));
+        m_trade.m_maps["scdm_range"] = Fields(range);
         for (const auto& [name, lines] :
              {std::pair("account_table", ordinary), std::pair("rzrq_account_table", margin)}) {
             if (!lines.isEmpty()) {

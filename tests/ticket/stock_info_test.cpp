@@ -2,12 +2,7 @@
 #include "support/text_rows.h"
 #include "ticket/stage.h"
 
-using panelry::test::AnswerText;
-using panelry::test::Fields;
-using panelry::test::Given;
-using panelry::test::TextRows;
-using panelry::test::TicketStage;
-using panelry::test::Unlike;
+using namespace panelry::test;
 
 namespace
 {
@@ -15,8 +10,13 @@ namespace
 const char kOldTicket[] =
     "usable_amount=7 rise_fall_scale=old price_decimal=4 zrlx=old is_bjscode=old local_cx_wtsl=old kept=1";
 
-StringMap Answered(TicketStage& stage, const AnswerText& answer, StringMap ticket = Fields(kOldTicket))
+// `request` is "body | local", `reply` "head | body | local".
+StringMap Answered(TicketStage& stage, const QByteArray& request, const QByteArray& reply,
+                   StringMap ticket = Fields(kOldTicket))
 {
+    const QByteArrayList asked = (request + '|').split('|');
+    const QByteArrayList told = (reply + "||").split('|');
+    const AnswerText answer{asked[0], asked[1], told[0], told[1], told[2]};
     stage.m_rules.OnStockInfo(answer.Make(), ticket);
     return ticket;
 }
@@ -55,121 +55,99 @@ class StockInfoTest : public panelry::test::Test
 private Q_SLOTS:
     void AnAnswer_data()
     {
+        const QByteArray bounds = "amount_step=100 amount_min=-1 amount_max=1000000 price_step=0.0001 ";
         TextRows(
-            "head body local ticket",
-            {{"with nothing in it", "", "", "",
-              "pushflag=0 market= stockcode= amount_step=100 amount_min=-1 amount_max=1000000 "
-              "price_step=0.0001 "
-              "price_decimal=4 stock_name= latest_price= buy_1_price= sell_5_amount= open= options= czlb= "
-              "hand=100 "
-              "usable_amount=7 rise_fall_scale=old amount_unit=股 amount_chart_volunit=1 zrlx=old isshowxj=0 "
-              "!support_bhjg is_bjscode=old local_cx_wtsl=old kept=1"},
+            "reply ticket request decimals",
+            {{"with nothing in it", "",
+              "pushflag=0 market= stockcode= price_decimal=4 stock_name= latest_price= buy_1_price= "
+              "sell_5_amount= open= options= czlb= hand=100 usable_amount=7 rise_fall_scale=old "
+              "amount_unit=股 "
+              "amount_chart_volunit=1 zrlx=old isshowxj=0 !support_bhjg is_bjscode=old local_cx_wtsl=old "
+              "kept=1 " +
+                  bounds},
              {"its quote",
-              "codetype=17 newprice=11 ztprice=12 dtprice=9 prevclose=10 hqtime=5 options=0" + Book(), "",
-              "zqdm=600000 zqmc=\xc6\xd6\xb7\xa2\xff open=9.9",
+              "codetype=17 newprice=11 ztprice=12 dtprice=9 prevclose=10 hqtime=5 options=0" + Book() +
+                  " | | zqdm=600000 zqmc=\xc6\xd6\xb7\xa2\xff open=9.9",
               "market=17 stockcode=600000 stock_name=浦发\uFFFD latest_price=11 raising_limit=12 "
               "limit_down=9 "
               "last_closing_price=10 hq_time=5 options=0 open=9.9 rise_fall_scale=-1.000000" +
                   Book()},
-             {"without a latest price", "prevclose=10", "", "", "rise_fall_scale=old"},
-             {"usable: no quantity known", "", "wtsl=-1", "", "usable_amount=0"},
-             {"usable: almost that", "", "wtsl=-1.0", "", "usable_amount=-1.0"},
-             {"usable by the quote", "options=4 canbuy=500", "wtsl=300", "", "usable_amount=500"},
-             {"usable by the quote, which has none", "options=12", "wtsl=300", "", "usable_amount="},
-             {"usable not by the quote", "options=11 canbuy=500", "wtsl=300", "", "usable_amount=300"},
-             {"the host's bounds beat the rules", "", "slbc=10 slsx=500 slxx=20 jgbc=0.05", "",
+             {"without a latest price", "prevclose=10", "rise_fall_scale=old"},
+             {"usable: no quantity known", "| wtsl=-1", "usable_amount=0"},
+             {"usable: almost that", "| wtsl=-1.0", "usable_amount=-1.0"},
+             {"usable by the quote", "options=4 canbuy=500 | wtsl=300", "usable_amount=500"},
+             {"usable by the quote, which has none", "options=12 | wtsl=300", "usable_amount="},
+             {"usable not by the quote", "options=11 canbuy=500 | wtsl=300", "usable_amount=300"},
+             {"the host's bounds beat the rules", "| slbc=10 slsx=500 slxx=20 jgbc=0.05",
               "amount_step=10 amount_max=500 amount_min=20 price_step=0.05 price_decimal=4"},
-             {"empty bounds don't", "", "slbc= slsx= slxx= jgbc=", "",
-              "amount_step=100 amount_max=1000000 amount_min=-1 price_step=0.0001"},
-             {"unit and hand by the options", "codetype=17 options=8704", "", "zqdm=600000",
+             {"empty bounds don't", "| slbc= slsx= slxx= jgbc=", bounds},
+             {"unit and hand by the options", "codetype=17 options=8704 | | zqdm=600000",
               "amount_unit=手 amount_chart_volunit=10 hand=10"},
-             {"a bond", "codetype=17 options=0", "", "zqdm=019666",
+             {"a bond", "codetype=17 options=0 | | zqdm=019666",
               "amount_unit=张 price_decimal=3 price_step=0.001"},
-             {"limit prices", "codetype=17 newprice=10", "", "zqdm=600000", "isshowxj=1 islxjj=0"},
-             {"a market order with protection", "codetype=16", "", "zqdm=600000",
+             {"limit prices", "codetype=17 newprice=10 | | zqdm=600000", "isshowxj=1 islxjj=0"},
+             {"a market order with protection", "codetype=16 | | zqdm=600000",
               "support_bhjg=1 is_bjscode=old"},
-             {"on the published list, of kind B", "codetype=33", "", "zqdm=430001 zrlx=B",
+             {"on the published list, of kind B", "codetype=33 | | zqdm=430001 zrlx=B",
               "zrlx=B support_bhjg=1 is_bjscode=1"},
-             {"on it, of another kind", "codetype=33", "", "zqdm=430001 zrlx=C",
+             {"on it, of another kind", "codetype=33 | | zqdm=430001 zrlx=C",
               "zrlx=C !support_bhjg is_bjscode=old"},
-             {"kind B, not on the list", "codetype=33", "", "zqdm=000001 zrlx=B", "!support_bhjg"}});
+             {"kind B, not on the list", "codetype=33 | | zqdm=000001 zrlx=B", "!support_bhjg"},
+
+             {"the request's market wins", "codetype=18 | | zqdm=900901", "market=33 price_decimal=3",
+              "| local_market=33"},
+             {"a market of 0 doesn't", "codetype=18 | | zqdm=900901", "market=18", "| local_market=0"},
+             {"an empty one neither", "codetype=18 | | zqdm=900901", "market=18", "| local_market="},
+             {"its business kind", "", "czlb=S", "czlb=S"},
+             {"its mark", "", "local_cx_wtsl=1", "| local_cx_wtsl=1"},
+             {"an empty mark", "", "local_cx_wtsl=old", "| local_cx_wtsl="},
+             {"an ordinary account", "codetype=18 | | zqdm=900901", "gdzh=A1", "rzrq=11"},
+             {"a margin account", "codetype=18 | | zqdm=900901", "gdzh=M1", "rzrq=1"},
+
+             {"main board", "codetype=17 | | zqdm=600000",
+              "kcb=0 amount_step=100 amount_min=-1 amount_max=1000000"},
+             {"ChiNext", "codetype=17 | | zqdm=300750",
+              "kcb=0 cyb=1 amount_step=100 amount_min=-1 amount_max=300000"},
+             {"STAR before ChiNext", "codetype=17 | | zqdm=689009",
+              "kcb=1 cyb=1 amount_step=1 amount_min=200 amount_max=100000"},
+             {"STAR, the host knows better", "codetype=17 | slxx=100 | zqdm=688001",
+              "amount_step=1 amount_min=100"},
+
+             {"1 decimal", "codetype=17 | | zqdm=600000", "price_decimal=1 price_step=0.1", "", "1"},
+             {"4, of a fund", "codetype=17 | | zqdm=510300", "price_decimal=3 price_step=0.001", "", "4"},
+             {"0", "codetype=17 | | zqdm=600000", "price_decimal=2 price_step=0.01", "", "0"},
+             {"less than 0", "codetype=17 | | zqdm=600000", "price_decimal=2", "", "-1"},
+             {"a map without them blanks the ticket's", "codetype=17 | | zqdm=600000",
+              "price_decimal=2 price_step=0.01", "", "none"},
+             {"more than anybody needs", "codetype=17 | | zqdm=600000",
+              "price_decimal=15 price_step=0.000000000000001", "", "2000000000"}});
     }
 
     void AnAnswer()
     {
         TicketStage stage;
         stage.PublishText("Json_TZM_SBA", "x|43*");
-        const AnswerText answer{"", "", Given("head"), Given("body"), Given("local")};
-        QCOMPARE(Unlike(Answered(stage, answer), Given("ticket")), QString());
+        stage.PublishAccounts("0_begin=1 0_end=5 1_begin=6 1_end=6",
+                              "1|16|A1|6*;90*||688*;689* 2|32|B1|3*||||300*;689* 6|9|M1|90*|");
+        if (const QByteArray decimals = Given("decimals"); !decimals.isEmpty()) {
+            stage.m_quote.m_fields =
+                std::make_shared<StringMap>(Fields(decimals == "none" ? "x=1" : "price_decimal=" + decimals));
+        }
+        QCOMPARE(Unlike(Answered(stage, Given("request"), Given("reply")), Given("ticket")), QString());
     }
 
-    void WhatTheRequestCarried_data()
-    {
-        TextRows("body local ticket",
-                 {{"its market wins", "", "local_market=33", "market=33 price_decimal=3"},
-                  {"a market of 0 doesn't", "", "local_market=0", "market=18"},
-                  {"an empty one neither", "", "local_market=", "market=18"},
-                  {"its business kind", "czlb=S", "", "czlb=S"},
-                  {"its mark", "", "local_cx_wtsl=1", "local_cx_wtsl=1"},
-                  {"an empty mark", "", "local_cx_wtsl=", "local_cx_wtsl=old"},
-                  {"an ordinary account", "rzrq=11", "", "gdzh=A1"},
-                  {"a margin account", "rzrq=1", "", "gdzh=M1"}});
-    }
-
-    void WhatTheRequestCarried()
+    void DecimalsAreAskedByTheAnswersOwnMarket()
     {
         TicketStage stage;
-        stage.PublishAccounts("0_begin=1 0_end=1 1_begin=2 1_end=2", "1|9|A1|90*| 2|9|M1|90*|");
-        const AnswerText answer{Given("body"), Given("local"), "codetype=18", "", "zqdm=900901"};
-        QCOMPARE(Unlike(Answered(stage, answer), Given("ticket")), QString());
-    }
-
-    void ABoardsBounds_data()
-    {
-        TextRows("code body ticket",
-                 {{"main board", "600000", "", "kcb=0 amount_step=100 amount_min=-1 amount_max=1000000"},
-                  {"ChiNext", "300750", "", "kcb=0 cyb=1 amount_step=100 amount_min=-1 amount_max=300000"},
-                  {"STAR before ChiNext", "689009", "",
-                   "kcb=1 cyb=1 amount_step=1 amount_min=200 amount_max=100000"},
-                  {"STAR, the host knows better", "688001", "slxx=100", "amount_step=1 amount_min=100"}});
-    }
-
-    void ABoardsBounds()
-    {
-        TicketStage stage;
-        stage.PublishAccounts("0_begin=1 0_end=5", "1|16|A1|6*||688*;689* 2|32|B1|3*||||300*;689*");
-        const AnswerText answer{"", "", "codetype=17", Given("body"), "zqdm=" + Given("code")};
-        QCOMPARE(Unlike(Answered(stage, answer, {}), Given("ticket")), QString());
-    }
-
-    void DecimalsAndStep_data()
-    {
-        TextRows(
-            "told code ticket",
-            {{"1", "price_decimal=1", "600000", "price_decimal=1 price_step=0.1"},
-             {"4, of a fund", "price_decimal=4", "510300", "price_decimal=3 price_step=0.001"},
-             {"0", "price_decimal=0", "600000", "price_decimal=2 price_step=0.01"},
-             {"less than 0", "price_decimal=-1", "600000", "price_decimal=2"},
-             {"a map without them blanks the ticket's", "x=1", "600000", "price_decimal=2 price_step=0.01"},
-             {"more than anybody needs", "price_decimal=2000000000", "600000",
-              "price_decimal=15 price_step=0.000000000000001"}});
-    }
-
-    void DecimalsAndStep()
-    {
-        TicketStage stage;
-        stage.m_quote.m_fields = std::make_shared<StringMap>(Fields(Given("told")));
-        const AnswerText answer{"", "local_market=33", "codetype=17", "", "zqdm=" + Given("code")};
-        QCOMPARE(Unlike(Answered(stage, answer), Given("ticket")), QString());
-        // By the answer's own market, not by the ticket's.
-        QCOMPARE(QByteArray(stage.m_quote.Calls().back().c_str()), "QueryQuoteFields 4 17 " + Given("code"));
+        Answered(stage, "| local_market=33", "codetype=17 | | zqdm=600000");
+        QCOMPARE(stage.m_quote.Calls().back(), "QueryQuoteFields 4 17 600000");
     }
 
     void AnAmbiguousCodeFillsTheChoicesAlone()
     {
         TicketStage stage;
-        const AnswerText answer{"", "", "codetype=17 newprice=1", "wtsl=5", "zqdm=2 dup=2 s1=11,2,a,b"};
-        QCOMPARE(panelry::test::Words(Answered(stage, answer, Fields("market=33 stockcode=1"))),
+        const QByteArray reply = "codetype=17 newprice=1 | wtsl=5 | zqdm=2 dup=2 s1=11,2,a,b";
+        QCOMPARE(Words(Answered(stage, "", reply, Fields("market=33 stockcode=1"))),
                  QStringLiteral("duplicatecode_count=2 duplicatecode_market0=17 duplicatecode_marketname0=a "
                                 "duplicatecode_stockcode0=2 duplicatecode_stockname0=b market=33 pushflag=0 "
                                 "stockcode=1"));

@@ -1,13 +1,12 @@
+#include <clocale>
+#include <numeric>
+
+#include "support/slot_of.h"
 #include "support/test.h"
 #include "support/text_rows.h"
 #include "ticket/stage.h"
 
-using panelry::test::Fields;
-using panelry::test::Given;
-using panelry::test::TextRows;
-using panelry::test::TicketStage;
-using panelry::test::Unlike;
-using panelry::test::Words;
+using namespace panelry::test;
 
 class TicketRequestsTest : public panelry::test::Test
 {
@@ -115,7 +114,7 @@ private Q_SLOTS:
         stage.m_rules.SetObservers({}, stage.m_sides);  // no quote side: uncorrected
         StringMap ticket = Fields("market=17 stockcode=1");
         stage.m_rules.RequestStockInfo(ticket);
-        QCOMPARE(stage.m_trade.m_sent.at(0)->head.at("setcode"), std::string("17"));
+        QCOMPARE(stage.m_trade.m_sent.at(0)->head.at("setcode"), "17");
 
         DataDealBase alone;  // nothing is touched but the mark
         ticket = Fields("market=16 stockcode=1");
@@ -124,6 +123,34 @@ private Q_SLOTS:
         QCOMPARE(Words(ticket), QStringLiteral("market=16 stockcode=1"));
         alone.RequestUsableAmount(ticket);
         QCOMPARE(Words(ticket), QStringLiteral("local_cx_wtsl=1 market=16 stockcode=1"));
+    }
+
+    void OperationsKeepTheirPlaces()
+    {
+        using D = DataDealBase;
+        const std::vector<int> places = SlotsOf(
+            &D::ReservedHookA, &D::OnQuotePush, &D::RequestStockInfo, &D::RequestUsableAmount,
+            &D::ReservedHookB, &D::ReservedHookC, &D::FillCancelRequest, &D::ReservedHook,
+            &D::FillTableRefreshRequest, &D::QueryFunds, &D::QueryPositions, &D::QueryDeals, &D::QueryOrders,
+            &D::QueryCancelableOrders, &D::ReservedHookD, &D::NotifyConfigChange, &D::ReservedHookE,
+            &D::ReservedHookF, &D::ReservedHookG, &D::OnStockInfo, &D::ReservedHookH, &D::ReservedHookI,
+            &D::ReservedHookJ, &D::OnFundsAnswer, &D::OnPositionsTable, &D::OnFundsFields, &D::ReservedHookK,
+            &D::CheckOrder, &D::ReservedHookL, &D::ReservedHookM, &D::HasAuthority, &D::MatchCodeMask,
+            &D::IsTzmCode, &D::ResolveAccountFields, &D::SelectWeituoKind, &D::FindAccountForCode,
+            &D::FindAccountByMarket, &D::ResolveAmountUnit, &D::ResolveHandSize,
+            &D::UpdateProtectedLimitFields, &D::IsProtectedLimitSupported, &D::IsContinuousPhase,
+            &D::ComputeProtectedRange, &D::FillMaxAmount, &D::QueryMarketOrderTypes, &D::IsBhjgMarket,
+            &D::ListCodeCandidates, &D::ResolveDuplicateCodes);
+        std::vector<int> expected(48);
+        std::iota(expected.begin(), expected.end(), 2);  // behind the destructor, which has the first two
+        QCOMPARE(places, expected);
+    }
+
+    // The whole program also runs under a locale of its own; see CMakeLists.txt.
+    void TheLocaleIsTheOneThatIsMeant()
+    {
+        const QByteArray point = qgetenv("PANELRY_DECIMAL_POINT");
+        QCOMPARE(QByteArray(std::localeconv()->decimal_point), point.isEmpty() ? QByteArray(".") : point);
     }
 };
 

@@ -6,53 +6,13 @@
 #include <thread>
 
 #include "support/test.h"
-#include "support/text_rows.h"
 #include "ticket/stage.h"
 
 using namespace panelry;
-using panelry::test::AnswerText;
-using panelry::test::Fields;
-using panelry::test::Given;
-using panelry::test::TextRows;
-using panelry::test::Unlike;
-using panelry::test::Words;
+using namespace panelry::test;
 
 namespace
 {
-
-class LateQuotes : public test::KnowingQuoteProvider
-{
-public:
-    int SubscribeCodes(std::vector<MarketCode>& codes, bool on,
-                       std::shared_ptr<QuoteObserver> subscriber) override
-    {
-        m_subscriber = std::move(subscriber);
-        m_subscriptions += Words(codes) + (on ? " on" : " off");
-        return 0;
-    }
-    void Push(const QByteArray& row)
-    {
-        auto push = std::make_shared<QuotePushRecord>();
-        push->head = Fields("type=pushdata pushflag=1");
-        push->rows = {Fields(row)};
-        std::thread([&] { m_subscriber->OnQuotePush(push); }).join();
-    }
-
-    std::shared_ptr<QuoteObserver> m_subscriber;
-    std::string m_subscriptions;
-};
-
-// Also one that refuses, or answers from inside the sending.
-class OrderTrades : public test::LateTradeProvider
-{
-public:
-    int SendTradeRequest(std::shared_ptr<TradeObserver> subscriber,
-                         std::shared_ptr<ddsdk::TradeRequestParam> request) override
-    {
-        LateTradeProvider::SendTradeRequest(std::move(subscriber), std::move(request));
-        return Record("SendTradeRequest");
-    }
-};
 
 const AnswerText kBank{"", "", "codetype=17 newprice=10.00", "wtsl=300", "zqdm=600000 zqmc=bank"};
 const QByteArray kPush = QByteArray("stockcode=\x11") + "600000 latest_price=";
@@ -75,31 +35,24 @@ public:
 
     void OnTicketChanged(TicketNews news) override
     {
-        m_heard += news == TicketNews::Stock ? "stock " : news == TicketNews::Quote ? "quote " : "usable ";
-        m_onPanelsThread = m_onPanelsThread && QThread::currentThread() == qApp->thread();
-        if (m_endAfterNews) {
-            m_session.reset();
-        }
+        Note(news == TicketNews::Stock ? "stock " : news == TicketNews::Quote ? "quote " : "usable ");
     }
     void OnTicketChoices(const std::vector<TicketChoice>& choices) override
     {
-        m_heard += "choices ";
         for (const TicketChoice& choice : choices) {
             m_choices += choice.market + ':' + choice.stockName + ' ';
         }
+        Note("choices ");
     }
-    void OnTicketProblem(const std::string& problem) override
-    {
-        m_heard += problem.empty() ? "" : "problem ";
-    }
+    void OnTicketProblem(const std::string& problem) override { Note(problem.empty() ? "" : "problem "); }
     void OnOrderAnswered(const OrderAnswer& answer) override
     {
-        m_heard += "order " + QByteArray::number(static_cast<qlonglong>(answer.number)) + ' ';
         m_answer = answer;
-        m_onPanelsThread = m_onPanelsThread && QThread::currentThread() == qApp->thread();
-        if (m_endAfterNews) {
-            m_session.reset();
-        }
+        Note(Told(answer.number));
+    }
+    static QByteArray Told(std::int64_t order)
+    {
+        return "order " + QByteArray::number(qlonglong{order}) + ' ';
     }
 
     // All that came by what was done since the last call; nothing came while it was done.
@@ -113,14 +66,24 @@ public:
         return heard;
     }
 
-    LateQuotes m_quotes;
-    OrderTrades m_trades;
+    KnowingQuoteProvider m_quotes;
+    LateTradeProvider m_trades;
     std::optional<TicketSession> m_session{std::in_place, &m_quotes, &m_trades, *this};
     QByteArray m_heard;
     std::string m_choices;
     OrderAnswer m_answer;
     bool m_onPanelsThread = true;
     bool m_endAfterNews = false;
+
+private:
+    void Note(const QByteArray& news)
+    {
+        m_heard += news;
+        m_onPanelsThread = m_onPanelsThread && QThread::currentThread() == qApp->thread();
+        if (m_endAfterNews) {
+            m_session.reset();
+        }
+    }
 };
 
 }  // namespace
@@ -138,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(Unlike(panel.m_session->Ticket(),
                         "stock_name=bank latest_price=10.00 usable_amount=300 pushflag=0"),
                  QString());
-        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on"));
+        QCOMPARE(panel.m_quotes.m_subscriptions, " 17:600000 on");
     }
 
     void AnswersThatAreNotForThisTicketAreDropped()
@@ -176,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(Unlike(panel.m_session->Ticket(), "latest_price=999 market=17"), QString());
 
         panel.m_session->Open(Fields("stockcode=600001 market=17"));
-        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
+        QCOMPARE(panel.m_quotes.m_subscriptions, " 17:600000 on 17:600000 off");
         QCOMPARE(panel.Heard([&] { panel.m_quotes.Push(kPush + '1'); }), "");  // was under way
     }
 
@@ -211,14 +174,14 @@ private Q_SLOTS:
         answer.local =
             "dup=2000000000 s1=11,000001,SH,index s10=21,000001,SZ,\xc6\xbd s2=22,000001,SZ,two s3=none";
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, answer); }), "choices ");
-        QCOMPARE(panel.m_choices, std::string("17:index 34:two 33:平 "));
+        QCOMPARE(panel.m_choices, "17:index 34:two 33:平 ");
         QCOMPARE(Unlike(panel.m_session->Ticket(), "stockcode=600000 !duplicatecode_count"), QString());
     }
 
     void MalformedMasksAreAProblemAndNoEnd()
     {
         Panel panel;
-        panel.m_trades.m_strings["Json_TZM_SBA"] = std::make_shared<std::string>("(");
+        panel.m_trades.m_strings["Json_TZM_SBA"] = "(";
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(0, kBank); }), "problem ");
     }
 
@@ -229,10 +192,17 @@ private Q_SLOTS:
         panel.m_trades.Answer(0, kBank);
         panel.m_trades.Answer(0, kBank);
         QCOMPARE(panel.Heard(), "stock ");
-        QCOMPARE(panel.m_quotes.m_subscriptions, std::string(" 17:600000 on 17:600000 off"));
+        QCOMPARE(panel.m_quotes.m_subscriptions, " 17:600000 on 17:600000 off");
         panel.m_trades.Answer(0, kBank);  // the host still holds the observers
         panel.m_quotes.Push(kPush + '1');
         QCOMPARE(panel.Heard(), "");
+
+        Panel ordering;
+        ordering.m_endAfterNews = true;
+        QVERIFY(ordering.m_session->SendOrder(kOrder) && ordering.m_session->SendOrder(kOrder));
+        ordering.m_trades.Answer(1, kTaken);
+        ordering.m_trades.Answer(2, kTaken);
+        QCOMPARE(ordering.Heard().count("order"), 1);
 
         for (int round = 0; round < 50; ++round) {
             Panel busy;
@@ -251,17 +221,6 @@ private Q_SLOTS:
         }
     }
 
-    void AnOrderGoesAsItIsAndItsAnswerComesInUtf8_data()
-    {
-        TextRows("head body local told",
-                 {{"taken", "type=3", "ret=0 htbh=1001", "", "type=3 | htbh=1001 ret=0 | "},
-                  {"refused, with a reason", "type=3", "ret=-1 ret_text=\xd7\xca\xbd\xf0\xb2\xbb\xd7\xe3", "",
-                   "type=3 | ret=-1 ret_text=资金不足 | "},
-                  {"broken text", "x=\x80", "ret_text=\xd7\xca\xff!\xbd", "zqmc=\xc6\xbd",
-                   "x=\xef\xbf\xbd | ret_text=资\xef\xbf\xbd!\xef\xbf\xbd | zqmc=平"},
-                  {"nothing", "", "", "", " |  | "}});
-    }
-
     void AnOrderGoesAsItIsAndItsAnswerComesInUtf8()
     {
         Panel panel(true);
@@ -270,15 +229,12 @@ private Q_SLOTS:
         const ddsdk::TradeRequestParam sent = *panel.m_trades.m_sent.at(1);
         QCOMPARE(Words(sent.head) + Words(sent.body), QStringLiteral("type=3zqdm=600000"));
         QCOMPARE(Unlike(sent.local, "mine=1"), QString());
-        QCOMPARE(panel.Heard([&] {
-            panel.m_trades.Answer(1, {"", "", Given("head"), Given("body"), Given("local")});
-        }),
-                 "order " + QByteArray::number(static_cast<qlonglong>(*number)) + ' ');
+        const AnswerText broken{"", "", "x=\x80", "ret_text=\xd7\xca\xff!\xbd", "zqmc=\xc6\xbd"};
+        QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, broken); }), Panel::Told(*number));
         const OrderAnswer& answer = panel.m_answer;
         QVERIFY(panel.m_onPanelsThread);
-        QCOMPARE(QStringList({Words(answer.reply.head), Words(answer.reply.body), Words(answer.reply.local)})
-                     .join(QStringLiteral(" | ")),
-                 QString::fromUtf8(Given("told")));
+        QCOMPARE(Words(answer.reply.head) + Words(answer.reply.body) + Words(answer.reply.local),
+                 QStringLiteral("x=\uFFFDret_text=资\uFFFD!\uFFFDzqmc=平"));
         QCOMPARE(Words(answer.order.local), Words(kOrder.local));
         QCOMPARE(panel.Heard([&] { panel.m_trades.Answer(1, kTaken); }), "");  // doubled
     }
@@ -286,20 +242,18 @@ private Q_SLOTS:
     void OrdersAreAnsweredWhateverTicketIsOpen()
     {
         Panel panel(true);
-        std::vector<std::int64_t> numbers;
         QByteArray expected;
-        for (int i = 0; i < 40; ++i) {  // more than the mailbox keeps of other news
-            numbers.push_back(panel.m_session->SendOrder(kOrder).value_or(0));
+        constexpr std::size_t kOrders = 40;  // more than the mailbox keeps of other news
+        for (std::size_t i = 0; i < kOrders; ++i) {
+            expected.prepend(Panel::Told(panel.m_session->SendOrder(kOrder).value_or(0)));
             panel.m_session->Open(Fields("stockcode=600001 market=17"));
         }
         panel.m_session->Close();
-        const auto answerAll = [&] {
-            for (std::size_t i = numbers.size(); i > 0; --i) {
+        const QByteArray heard = panel.Heard([&] {
+            for (std::size_t i = kOrders; i > 0; --i) {
                 panel.m_trades.Answer(2 * i - 1, kTaken);
-                expected += "order " + QByteArray::number(static_cast<qlonglong>(numbers[i - 1])) + ' ';
             }
-        };
-        const QByteArray heard = panel.Heard(answerAll);
+        });
         QCOMPARE(heard, expected);
     }
 
@@ -328,19 +282,6 @@ private Q_SLOTS:
         answer->reply.reset();  // of a host that says nothing
         QVERIFY(other.Heard([&] { other.m_trades.m_subscriber->OnFundsPush(answer); }).startsWith("order "));
         QCOMPARE(mine.Heard([&] { mine.m_trades.Answer(1, kTaken); }).left(6), "order ");
-    }
-
-    void ASessionMayEndInsideAnOrdersAnswer()
-    {
-        Panel panel;
-        panel.m_endAfterNews = true;
-        QVERIFY(panel.m_session->SendOrder(kOrder) && panel.m_session->SendOrder(kOrder));
-        QVERIFY(panel
-                    .Heard([&] {
-                        panel.m_trades.Answer(1, kTaken);
-                        panel.m_trades.Answer(2, kTaken);
-                    })
-                    .count("order") == 1);
     }
 
     void WithoutProvidersNothingComes()

@@ -30,8 +30,6 @@ void Select(ListStage& stage, const std::string& words)
 
 }  // namespace
 
-Q_DECLARE_METATYPE(std::string)
-
 class LatestTest : public panelry::test::Test
 {
     Q_OBJECT

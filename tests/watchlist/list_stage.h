@@ -2,15 +2,17 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMetaType>
 #include <QTemporaryDir>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "watchlist/watchlist_manager_present.h"
+
+Q_DECLARE_METATYPE(std::string)
 
 namespace panelry::test
 {
@@ -54,6 +56,16 @@ inline std::string Words(const StockList& stocks)
         }
     }
     return text;
+}
+
+inline WatchlistRequest Asking(int command, const std::string& items, int from = 0, int to = 0)
+{
+    WatchlistRequest request;
+    request.cmd = command;
+    request.items = Stocks(items);
+    request.from = from;
+    request.to = to;
+    return request;
 }
 
 /// Writes down what it hears: "code: list". What `m_then` holds runs inside each call. Any thread may
@@ -131,9 +143,15 @@ public:
 
     void Request(WatchlistCommand command, const std::string& items = {})
     {
-        Handle(command, Stocks(items), nullptr);
+        WatchlistRequest request = Asking(command, items);
+        m_present->HandleRequest(request);
     }
-    void Listen(WatchlistCommand command, WatchlistListener* listener) { Handle(command, {}, listener); }
+    void Listen(WatchlistCommand command, WatchlistListener* listener)
+    {
+        WatchlistRequest request = Asking(command, "");
+        request.listener = listener;
+        m_present->HandleRequest(request);
+    }
     /// A list as a new listener is told it.
     std::string Current(WatchlistCommand command = kListenWatchlist)
     {
@@ -148,15 +166,6 @@ public:
     QString Path(const char* name) const { return m_directory.filePath(QString::fromLatin1(name)); }
 
 private:
-    void Handle(WatchlistCommand command, const StockList& items, WatchlistListener* listener)
-    {
-        WatchlistRequest request;
-        request.cmd = command;
-        request.items = items;
-        request.listener = listener;
-        m_present->HandleRequest(request);
-    }
-
     QTemporaryDir m_directory;
 };
 

@@ -66,8 +66,6 @@ void DragTo(StockListView& view, const QPoint& at)
 
 }  // namespace
 
-Q_DECLARE_METATYPE(std::string)
-
 class WatchlistPanelTest : public panelry::test::Test
 {
     Q_OBJECT

@@ -8,12 +8,11 @@
 
 #include "support/test.h"
 #include "support/text_rows.h"
+#include "ticket/duplicate_codes.h"
 #include "ticket/stage.h"
 
 using namespace panelry::ticket;
-using panelry::test::Fields;
-using panelry::test::Given;
-using panelry::test::TextRows;
+using namespace panelry::test;
 
 namespace
 {
@@ -65,28 +64,75 @@ std::string CodeLike(QRandomGenerator& random, const std::string& masks)
     return code + RandomText(random, "0123456789", 3) + RandomText(random, "0Xx;*\n\r\xc6 .", 1);
 }
 
+QByteArray Found(const std::string& text)
+{
+    QByteArrayList parts;
+    if (const auto choice = FindCodeChoice(text)) {
+        for (const auto part : {choice->market, choice->code, choice->marketName, choice->stockName}) {
+            parts << QByteArray::fromStdString(std::string(part));
+        }
+    }
+    return parts.join('/');
+}
+
+QByteArray FoundByExpression(const std::string& text)
+{
+    static const std::regex expression("([^\r\n'=&, ]+),([^\r\n'=&,]+),([^\r\n'=&, ]+),([^\r\n'=&,]+)");
+    std::smatch match;
+    QByteArrayList parts;
+    std::regex_search(text, match, expression);
+    for (std::size_t part = 1; part < match.size(); ++part) {
+        parts << QByteArray::fromStdString(match[part].str());
+    }
+    return parts.join('/');
+}
+
 }  // namespace
 
-class CodeMasksTest : public panelry::test::Test
+class CodesTest : public panelry::test::Test
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void AMaskList_data()
+    void ACode_data()
     {
-        // What is generated below says the rest, but hardly these.
-        TextRows("masks code outcome", {{"the whole code: a digit must follow", "600000*", "600000", "no"},
-                                        {"what stands behind the digits is ignored", "60*", "600000X", "yes"},
-                                        {"two semicolons add an empty mask", "60*;;", "300001", "yes"},
-                                        {"letters of another case", "SH60*", "sh600000", "no"},
-                                        {"malformed behind a hit", "60*;(", "600000", "yes"},
-                                        {"malformed before one", "(;60*", "600000", "malformed"}});
+        TextRows("rule first second outcome",
+                 // What is generated below says the rest of lists, but hardly these: masks and a code.
+                 {{"the whole code: a digit must follow", "masks", "600000*", "600000", "no"},
+                  {"what stands behind the digits is ignored", "masks", "60*", "600000X", "yes"},
+                  {"two semicolons add an empty mask", "masks", "60*;;", "300001", "yes"},
+                  {"letters of another case", "masks", "SH60*", "sh600000", "no"},
+                  {"malformed behind a hit", "masks", "60*;(", "600000", "yes"},
+                  {"malformed before one", "masks", "(;60*", "600000", "malformed"},
+                  // A code and its market.
+                  {"the market is text", "decimals", "900901", "018", "no"},
+                  {"one code exactly", "decimals", "706080", "17", "yes"},
+                  {"one code exactly, and more", "decimals", "7060801", "17", "no"},
+                  {"the head alone", "decimals", "50", "17", "yes"},
+                  {"a line end stands for nothing", "decimals", "50\n1", "17", "no"},
+                  // Both published lists, for 600000.
+                  {"first list", "TZM", "head|60*", "", "yes"},
+                  {"second list", "TZM", "head|30*", "head|60*", "yes"},
+                  {"neither, and no head is searched", "TZM", "60*|30*", "head|00*", "no"},
+                  {"no head", "TZM", "60*", "", "yes"},
+                  {"the first bar parts", "TZM", "a|60|x", "|", "yes"}});
     }
 
-    void AMaskList()
+    void ACode()
     {
-        DataDealBase rules;
-        QTEST(Outcome([&] { return rules.MatchCodeMask(Given("masks"), Given("code")); }), "outcome");
+        TicketStage stage;
+        stage.PublishText("Json_TZM_SBA", Given("first"));
+        stage.PublishText("Json_TZM_SBB", Given("second"));
+        QTEST(Outcome([&] {
+                  return Given("rule") == "masks"
+                             ? stage.m_rules.MatchCodeMask(Given("first"), Given("second"))
+                         : Given("rule") == "decimals"
+                             ? DataDealBase::IsThreeDecimalCode(Given("first"), Given("second"))
+                             : stage.m_rules.IsTzmCode("600000");
+              }),
+              "outcome");
+        stage.m_sides.reset();
+        QVERIFY(!stage.m_rules.IsTzmCode("600000"));
     }
 
     void GeneratedMasksMatchAsThePlainWay()
@@ -139,21 +185,6 @@ private Q_SLOTS:
         QCOMPARE(heads("17"), "9-39 90-99 101-199 " + rest);
         QCOMPARE(heads("18"), "9-39 90-99 101-199 " + rest + "900-999 ");
         QCOMPARE(heads("35"), "9-39 90-199 " + rest);
-    }
-
-    void ThreeDecimals_data()
-    {
-        TextRows("code market outcome", {{"the market is text", "900901", "018", "no"},
-                                         {"one code exactly", "706080", "17", "yes"},
-                                         {"one code exactly, and more", "7060801", "17", "no"},
-                                         {"the head alone", "50", "17", "yes"},
-                                         {"a line end stands for nothing", "50\n1", "17", "no"}});
-    }
-
-    void ThreeDecimals()
-    {
-        QTEST(Outcome([] { return DataDealBase::IsThreeDecimalCode(Given("code"), Given("market")); }),
-              "outcome");
     }
 
     // Where the engine would recurse over each letter.
@@ -211,25 +242,84 @@ private Q_SLOTS:
               "bhjgZhangLot");
     }
 
-    void ATzmCode_data()
+    void AnAnswer_data()
     {
-        TextRows("first second outcome", {{"first list", "head|60*", "", "yes"},
-                                          {"second list", "head|30*", "head|60*", "yes"},
-                                          {"neither, and no head is searched", "60*|30*", "head|00*", "no"},
-                                          {"no head", "60*", "", "yes"},
-                                          {"the first bar parts", "a|60|x", "|", "yes"}});
+        TextRows(
+            "local ticket",
+            {{"of one stock", "dup=1 s1=21,000001,SZ,x", ""},
+             {"without a count", "s1=21,000001,SZ,x", ""},
+             {"of two, names in the host's code page",
+              "dup=2 s1=11,000001,\xc9\xcf\xba\xa3,\xc9\xcf\xd6\xa4~A s2=21,000001,SZ,\xc6\xbd\xb0\xb2\xff",
+              "duplicatecode_count=2 duplicatecode_market0=17 duplicatecode_market1=33 "
+              "duplicatecode_marketname0=上海 duplicatecode_marketname1=SZ "
+              "duplicatecode_stockcode0=000001 duplicatecode_stockcode1=000001 "
+              "duplicatecode_stockname0=上证 A duplicatecode_stockname1=平安\uFFFD"},
+             {"a text that doesn't fit leaves a gap", "dup=3 s2=1,2,3 s3=121,a,b,c",
+              "duplicatecode_count=3 duplicatecode_market2=289 duplicatecode_marketname2=b "
+              "duplicatecode_stockcode2=a duplicatecode_stockname2=c"},
+             {"counts that nobody has",
+              "dup=2000000000 s0=1,a,b,c s01=1,a,b,c s1x=1,a,b,c s=1,a,b,c s-1=1,a,b,c",
+              "duplicatecode_count=2000000000"},
+             {"the tenth, and one beyond the count", "dup=10 s10=g,a,b,c s11=1,a,b,c",
+              "duplicatecode_count=10 duplicatecode_market9=0 duplicatecode_marketname9=b "
+              "duplicatecode_stockcode9=a duplicatecode_stockname9=c"}});
     }
 
-    void ATzmCode()
+    void AnAnswer()
     {
-        panelry::test::TicketStage stage;
-        stage.PublishText("Json_TZM_SBA", Given("first"));
-        stage.PublishText("Json_TZM_SBB", Given("second"));
-        QTEST(Outcome([&] { return stage.m_rules.IsTzmCode("600000"); }), "outcome");
+        AnswerText answer;
+        answer.local = Given("local");
+        StringMap fields;
+        QCOMPARE(DataDealBase().ResolveDuplicateCodes(answer.Make(), fields), !Given("ticket").isEmpty());
+        QCOMPARE(Words(fields), QString::fromUtf8(Given("ticket")));
+        QVERIFY(!DataDealBase().ResolveDuplicateCodes(std::make_shared<StockInfoAnswer>(), fields));
+    }
+
+    void PlacesAreFoundAsByTheExpression()
+    {
+        QRandomGenerator random(7);
+        const std::string letters = "aaab1\xc6,,, \n'";
+        int hits = 0;
+        for (int i = 0; i < 30'000; ++i) {
+            const std::string text = RandomText(random, letters, 23);
+            const QByteArray expected = FoundByExpression(text);
+            QVERIFY2(Found(text) == expected, text.c_str());
+            hits += !expected.isEmpty();
+        }
+        QVERIFY(hits > 300);
+    }
+
+    void ATextWithoutEndOverflowsNothing()
+    {
+        const std::string text(100'000, 'a');
+        QCOMPARE(Found(text), "");
+        QCOMPARE(Found("1,2,3," + text).size(), 100'006);
+    }
+
+    void Candidates()
+    {
+        TicketStage stage;
+        stage.m_quote.m_matches = {{std::string("\x11") + "600000", "浦发", "上海", ""},
+                                   {std::string("\x90") + "1", "one", "m", "", "more"},
+                                   {std::string("\x11") + "2", "", "no name", ""},
+                                   {std::string("\x11") + "3", "three", "too short"},
+                                   {"\x21", "no code", "m", ""}};
+        std::vector<StringMap> out{Fields("kept=1")};
+        stage.m_rules.ListCodeCandidates("60", out);
+        QVERIFY(out ==
+                (std::vector<StringMap>{Fields("kept=1"),
+                                        Fields("market=17 stockcode=600000 stockname=浦发 marketname=上海"),
+                                        Fields("market=144 stockcode=1 stockname=one marketname=m"),
+                                        Fields("market=33 stockcode= stockname=no~code marketname=m")}));
+        QCOMPARE(stage.m_quote.Calls().back(), "ListCodeMatches 0:60");
+
+        stage.m_quote.m_matches = {{"", "", "", ""}};
+        QVERIFY_EXCEPTION_THROWN(stage.m_rules.ListCodeCandidates("60", out), std::out_of_range);
         stage.m_sides.reset();
-        QVERIFY(!stage.m_rules.IsTzmCode("600000"));
+        stage.m_rules.ListCodeCandidates("60", out);
+        QCOMPARE(out.size(), std::size_t{4});
     }
 };
 
-PANELRY_TEST(CodeMasksTest)
-#include "code_masks_test.moc"
+PANELRY_TEST(CodesTest)
+#include "codes_test.moc"
