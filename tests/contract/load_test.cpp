@@ -1,6 +1,7 @@
 // Many threads, many lives, many strange texts: fewer under sanitizers, more with PANELRY_SOAK=1 in the environment.
 
 #include <QRandomGenerator>
+#include <algorithm>
 
 #include "support/host_process.h"
 #include "support/sanitized.h"
@@ -52,7 +53,7 @@ private Q_SLOTS:
         HostProcess host;
         QVERIFY(host.Start());
         host.Do("usage");
-        const QString threads = host.Wait("usage").section(' ', 1, 1);
+        int threads = host.Wait("usage").section(' ', 1, 1).toInt();
         QString windows;
         int kilobytesAtTen = 0;
         int kilobytes = 0;
@@ -63,10 +64,17 @@ private Q_SLOTS:
             const QString now = host.Ask(1001, "windows");
             QVERIFY(life == 1 || now == windows);
             windows = now;
-            host.Do({"uninit", "usage"});
-            const QString usage = host.Wait("usage");
-            QCOMPARE(usage.section(' ', 1, 1), threads);
-            kilobytes = usage.section(' ', 2, 2).toInt();
+            host.Do("uninit");
+            // An ended thread is listed for a moment longer, and so is the hook library's where there is no screen.
+            const auto noNewThreads = [&] {
+                host.Do("usage");
+                const QString usage = host.Wait("usage");
+                const int running = usage.section(' ', 1, 1).toInt();
+                kilobytes = usage.section(' ', 2, 2).toInt();
+                threads = std::min(threads, running);
+                return running == threads;
+            };
+            QVERIFY(QTest::qWaitFor(noNewThreads));
             kilobytesAtTen = life == 10 ? kilobytes : kilobytesAtTen;
         }
         qInfo("%d KiB after 10 lives, %d KiB after %d", kilobytesAtTen, kilobytes, lives);
