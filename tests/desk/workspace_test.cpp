@@ -23,18 +23,24 @@ private Q_SLOTS:
         const QTemporaryDir directory;
         const Workspace workspace = ReadWorkspace(WriteFile(directory, "mine.json", R"({
             "title": "t", "script": "a.jsonl", "state": "/s/kept.sqlite",
-            "panels": [{"id": 1, "title": "one", "init": {"b": 1, "a": [2]}}, {"id": 2, "open": false}, {"id": 3}],
+            "panels": [{"id": 1, "title": "one", "init": {"b": 1, "a": [2]}}, {"id": 2, "open": false},
+                       {"id": 3, "place": [0, 50, 100, 50]}, {"id": 4, "place": [1, 2, 3, 4], "init": {"b": 1}}],
             "market": {"securities": "s.json", "speed": 0.5, "start": "10:00", "rate": 7, "seed": 9},
             "feeds": [{"panel": 1, "codes": ["600000", "000001@33"], "every": 250}]})")
                                                       .toStdString());
         const std::filesystem::path home = directory.path().toStdString();
         QVERIFY(workspace.PanelTitles() == (Titles{{1, "one"}}));
-        QCOMPARE(workspace.Openings().size(), 2U);
+        QCOMPARE(workspace.Openings().size(), 3U);
         QCOMPARE(
             workspace.Openings()[0].text,
             std::string(R"({"operate":"clicked","need_wrapper":"1","need_display":"1","always_display":"1",)"
                         R"("init_param":{"b":1,"a":[2]}})"));
         QCOMPARE(workspace.Openings()[1].id, 3);
+        const auto ending = [&](std::size_t panel) {
+            return QString::fromStdString(workspace.Openings()[panel].text).section(QLatin1String("init"), 1);
+        };
+        QCOMPARE(ending(1), QStringLiteral("_param\":{\"place\":[0,50,100,50]}}"));
+        QCOMPARE(ending(2), QStringLiteral("_param\":{\"b\":1,\"place\":[1,2,3,4]}}"));
         QVERIFY(workspace.script == home / "a.jsonl" && workspace.market.state == "/s/kept.sqlite");
         QVERIFY(workspace.market.securities == home / "s.json" && !workspace.market.accounts);
         QVERIFY(workspace.market.speed == 0.5 && workspace.market.start == milliseconds(36'000'000));
@@ -101,6 +107,15 @@ void WorkspaceTest::aBadWorkspaceIsRefused_data()
         "\"panels\", entry 2: the panel 1 stands there twice");
     row("a word for a flag", R"({"panels": [{"id": 1, "open": "no"}]})",
         "\"panels\", entry 1: \"open\": must be true or false");
+    const char* const noPlace =
+        "\"panels\", entry 1: \"place\": must be a list of four: x, y, width and height in hundredths of the "
+        "screen";
+    row("a place of three", R"({"panels": [{"id": 1, "place": [0, 0, 50]}]})", noPlace);
+    row("a place without a width", R"({"panels": [{"id": 1, "place": [0, 0, 0, 50]}]})", noPlace);
+    row("a place beyond the screen", R"({"panels": [{"id": 1, "place": [60, 0, 41, 50]}]})", noPlace);
+    row("a place for a panel that gets a list",
+        R"({"panels": [{"id": 1, "place": [0, 0, 9, 9], "init": []}]})",
+        "\"panels\", entry 1: \"place\": needs an object in \"init\"");
     row("a number for a title", R"({"title": 1})", "\"title\": must be a text");
     row("a market's key", R"({"market": {"sped": 1}})", "\"market\": unknown key \"sped\"");
     row("a speed back", R"({"market": {"speed": -1}})",
