@@ -101,7 +101,7 @@ const Json& PlaceOf(const Json& value)
     if (!value.is_array() || value.size() != 4) {
         throw BadText(kShape);
     }
-    for (const std::size_t first : {0, 1}) {
+    for (const std::size_t first : {0U, 1U}) {
         const std::optional<std::int64_t> begin = WholeNumber(value[first], 0, kWholeScreen);
         const std::optional<std::int64_t> size = WholeNumber(value[first + 2], 1, kWholeScreen);
         if (!begin || !size || *begin + *size > kWholeScreen) {
