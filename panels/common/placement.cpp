@@ -64,6 +64,9 @@ QRect OnScreen(const QRect& hundredths)
 std::optional<QRect> WantedPlace(const char* creationText)
 {
     const QJsonObject creation = QJsonDocument::fromJson(QByteArray(creationText)).object();
+    if (creation.contains(QLatin1String("init_data"))) {
+        return std::nullopt;
+    }
     const QJsonArray place =
         creation.value(QLatin1String("init_param")).toObject().value(QLatin1String("place")).toArray();
     const bool fits = std::all_of(place.begin(), place.end(), [](const QJsonValue& number) {

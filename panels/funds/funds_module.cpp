@@ -51,6 +51,7 @@ void FundsModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /*
     }
     PlaceFrame(m_widget, initParam);
     QObject::connect(m_widget, &FundsWidget::RefreshWanted, m_link, [this] { Refresh(); });
+    QObject::connect(m_link, &TradeLink::OrdersChanged, m_link, [this] { Refresh(); });
     QObject::connect(m_link, &TradeLink::MapChanged, m_widget, &FundsWidget::SetFunds);
     QObject::connect(m_link, &TradeLink::TableChanged, m_link,
                      [this](const std::string&, const std::shared_ptr<HostTable>& table) {

@@ -56,6 +56,7 @@ void TablesModule::Initialize(int /*moduleId*/, const char* /*a*/, const char* /
         }
     });
     QObject::connect(m_link, &TradeLink::TableChanged, m_widget, &TablesWidget::SetTable);
+    QObject::connect(m_link, &TradeLink::OrdersChanged, m_widget, &TablesWidget::Outdate);
     Follow();
     const QJsonObject creation = QJsonDocument::fromJson(QByteArray(initParam)).object();
     m_widget->Restore(creation.value(QLatin1String("init_data")).toObject().toVariantMap());

@@ -180,6 +180,7 @@ void TablesWidget::SetTable(const std::string& name, const std::shared_ptr<HostT
             Table& mine = m_tables[page][margin ? 1U : 0U];
             if (TableName(m_spec.pages[page], margin) == name) {
                 mine.came = true;
+                mine.outdated = false;
                 mine.model->SetTable(table);
                 m_done.clear();
             }
@@ -216,7 +217,19 @@ int TablesWidget::Page() const
     return m_tabs->currentIndex();
 }
 
-// A page that the host hasn't told yet is asked for when somebody looks at it.
+void TablesWidget::Outdate()
+{
+    for (std::size_t page = 0; page < m_tables.size(); ++page) {
+        for (Table& table : m_tables[page]) {
+            table.outdated = table.outdated || !m_spec.pages[page].cancels;
+        }
+    }
+    if (Of(Page(), m_margin).outdated) {
+        Q_EMIT RefreshWanted();
+    }
+}
+
+// A page that the host hasn't told yet, or not what has happened since, is asked for when somebody looks at it.
 void TablesWidget::OnPageChanged()
 {
     m_account->setText(m_margin ? QStringLiteral("信用账户") : QStringLiteral("普通账户"));
@@ -229,7 +242,7 @@ void TablesWidget::OnPageChanged()
     m_cancel->setVisible(m_spec.pages[static_cast<std::size_t>(Page())].cancels);
     m_done.clear();
     ShowState();
-    if (!table.came) {
+    if (!table.came || table.outdated) {
         Q_EMIT RefreshWanted();
     }
 }

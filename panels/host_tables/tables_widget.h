@@ -60,6 +60,9 @@ public:
     void SetColors(const TableColors& colors);
     /// A table by the host's name; others than this panel's mean nothing.
     void SetTable(const std::string& name, const std::shared_ptr<HostTable>& table);
+    /// The host's orders have changed: the page that is shown is asked for, the others when they are looked at. Not
+    /// those whose rows can be cancelled: the host brings them.
+    void Outdate();
     void Warn(const QString& problem);
     /// Tells what has just been done, until things change.
     void Tell(const QString& done);
@@ -90,7 +93,8 @@ private:
     struct Table {
         HostTableModel* model = nullptr;
         HostTableView* view = nullptr;
-        bool came = false;  // the host has told it
+        bool came = false;      // the host has told it
+        bool outdated = false;  // orders have come in since
     };
 
     const Table& Of(int page, bool margin) const

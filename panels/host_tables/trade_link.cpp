@@ -15,9 +15,7 @@ namespace
 
 constexpr int kLogin = 0;
 constexpr char kOrderNews[] = "auto_refresh_data";
-// The host brings these after every order by itself. Asked for, that of the other account would take the place of
-// the one that the refresh service watches.
-const std::set<std::string> kBrought{"chedan_table", "rzrq_chedan_table"};
+constexpr int kOrdersSettleMs = 200;  // many orders at a time are one change
 
 }  // namespace
 
@@ -30,6 +28,7 @@ public:
         std::map<std::string, std::shared_ptr<StringMap>> maps;
         std::vector<std::shared_ptr<StockInfoAnswer>> answers;
         bool loggedIn = false;
+        bool orders = false;
     };
 
     explicit Observer(WakeUp* reader) : m_reader(reader) {}
@@ -58,6 +57,11 @@ public:
         if (state == kLogin) {
             Leave([](News& news) { news.loggedIn = true; });
         }
+    }
+
+    void LeaveOrderNews()
+    {
+        Leave([](News& news) { news.orders = true; });
     }
 
     // What the host has had all along. News that have come since the subscription are newer.
@@ -108,9 +112,29 @@ private:
     bool m_told = false;
 };
 
-TradeLink::TradeLink(TradeProvider* provider, QObject* parent)
-    : QObject(parent), m_reader([this] { TakeNews(); })
+// Hears of orders and cancels. An observer of its own, which isn't attached: a host may take whoever hears of them and
+// of the orders that can be cancelled for the service that refreshes all panels, and tell it the log-in anew.
+class TradeLink::OrderNews : public TradeObserver
 {
+public:
+    explicit OrderNews(std::shared_ptr<Observer> reader) : m_reader(std::move(reader)) {}
+
+    void* ObserverSelf() override { return this; }
+    void OnDataPush(const std::string& /*name*/, std::shared_ptr<StringMap> /*map*/) override
+    {
+        m_reader->LeaveOrderNews();
+    }
+
+private:
+    const std::shared_ptr<Observer> m_reader;
+};
+
+TradeLink::TradeLink(TradeProvider* provider, QObject* parent)
+    : QObject(parent), m_reader([this] { TakeNews(); }), m_provider(provider)
+{
+    m_ordersSettle.setSingleShot(true);
+    m_ordersSettle.setInterval(kOrdersSettleMs);
+    connect(&m_ordersSettle, &QTimer::timeout, this, &TradeLink::OrdersChanged);
     if (!provider) {
         return;
     }
@@ -120,7 +144,8 @@ TradeLink::TradeLink(TradeProvider* provider, QObject* parent)
          std::initializer_list<DataDealBase*>{&m_form, &m_funds, &m_marginFunds}) {
         logic->SetObservers({}, m_observer);
     }
-    m_observer->SubscribeKey(kOrderNews, true);
+    m_orderNews = std::make_shared<OrderNews>(m_observer);
+    FollowOrders(true);
 }
 
 TradeLink::~TradeLink()
@@ -128,7 +153,13 @@ TradeLink::~TradeLink()
     if (m_observer) {
         m_observer->Forget();
         m_observer->UnsubscribeAll();
+        FollowOrders(false);
     }
+}
+
+void TradeLink::FollowOrders(bool on)
+{
+    m_provider->SubscribeKey(kOrderNews, on, m_orderNews);
 }
 
 void TradeLink::FollowTable(const std::string& name)
@@ -184,35 +215,27 @@ void TradeLink::TakeNews()
         Q_EMIT TableChanged(name, table);
     }
     for (const auto& [name, map] : news.maps) {
-        if (m_maps.count(name) > 0) {
-            Q_EMIT MapChanged(name, *map);
-        }
+        Q_EMIT MapChanged(name, *map);
     }
     if (news.loggedIn) {
         Resume();
-    } else if (news.maps.count(kOrderNews) > 0) {
-        AskAgain(kBrought);
+    }
+    if (news.orders && !m_ordersSettle.isActive()) {
+        m_ordersSettle.start();
     }
 }
 
 void TradeLink::Resume()
 {
-    m_observer->SubscribeKey(kOrderNews, true);
+    FollowOrders(true);
     for (const std::string& name : m_tables) {
         FollowTable(name);
     }
     for (const std::string& name : m_maps) {
         FollowMap(name);
     }
-    AskAgain({});
-}
-
-void TradeLink::AskAgain(const std::set<std::string>& without)
-{
     for (const auto& [table, how] : m_asked) {
-        if (without.count(table) == 0) {
-            Ask(how.first, table, how.second);
-        }
+        Ask(how.first, table, how.second);
     }
     for (const bool margin : m_fundsAsked) {
         AskFunds(margin);

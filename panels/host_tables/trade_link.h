@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <map>
 #include <memory>
 #include <set>
@@ -24,15 +25,13 @@ namespace panelry
 ///
 /// News that come faster than the panel takes them are told once, with the newest content.
 ///
-/// After an order or a cancel ("auto_refresh_data"), whoever sent it, what the panel has asked for is asked once
-/// more: cash is frozen, shares are blocked.
-///
 /// A host may forget its subscribers when the log-in is lost: at each log-in all is followed anew, and what the
 /// panel has asked for is asked once more.
 ///
 /// Ownership: a plain child object; the provider is the host's and may keep the observer behind it, which is
 ///   deaf then. Threading: application thread; the host's threads only leave news.
-/// Failures: without a provider nothing is followed, and Send() returns false.
+/// Failures: without a provider nothing is followed, and Cancel() returns false. A host that blocks in a call
+///   holds the panel up.
 class TradeLink : public QObject
 {
     Q_OBJECT
@@ -61,17 +60,24 @@ Q_SIGNALS:
     /// `table` isn't null.
     void TableChanged(const std::string& name, const std::shared_ptr<HostTable>& table);
     void MapChanged(const std::string& name, const StringMap& map);
+    /// Orders or cancels have come in, through whatever client, in the last fifth of a second: lists, holdings and
+    /// funds are out of date, but not the orders that can be cancelled, which the host brings by itself.
+    void OrdersChanged();
 
 private:
     class Observer;
+    class OrderNews;
 
+    void FollowOrders(bool on);
     void TakeNews();
     void Resume();
-    void AskAgain(const std::set<std::string>& without);
     void TakeAnswer(const std::shared_ptr<StockInfoAnswer>& answer);
 
-    WakeUp m_reader;                       // called when there is news
-    std::shared_ptr<Observer> m_observer;  // null without a provider
+    WakeUp m_reader;  // called when there is news
+    TradeProvider* const m_provider;
+    std::shared_ptr<Observer> m_observer;    // null without a provider
+    std::shared_ptr<OrderNews> m_orderNews;  // likewise
+    QTimer m_ordersSettle;
     TableFormInfo m_form;
     ZiJinInfo m_funds;
     RzrqZiJinInfo m_marginFunds;

@@ -178,6 +178,7 @@ private Q_SLOTS:
             QCOMPARE(pipe(ends), 0);
             const pid_t trader = fork();
             if (trader == 0) {
+                close(ends[0]);  // ends with its reader
                 Trade(file, static_cast<std::uint64_t>(kill), ends[1]);
                 _exit(1);
             }

@@ -67,7 +67,8 @@ public:
         const auto notify = reinterpret_cast<NotifyMsg>(dlsym(handle, "NotifyMsg"));
         reinterpret_cast<Init>(dlsym(handle, "Init"))(host.Quotes(), host.Trades(),
                                                       [](std::int32_t, void*) {});
-        for (const int id : {41005, 41006, 41007, 41008}) {
+        // Not holdings and funds, which ask after orders by themselves: whether the library asks is what is looked at.
+        for (const int id : {41005, 41006}) {
             notify(0, id, R"({"operate":"clicked","need_wrapper":"1","need_display":"1"})");
         }
     }

@@ -293,17 +293,36 @@ private Q_SLOTS:
         QCOMPARE(account.Asked(), "1537 gupiao_table -, 5 - -, 2314 - -");
     }
 
-    // The table of cancellable orders comes by itself.
-    void NewsOfAnOrderMakeThePanelAskAnew()
+    // But the table of cancellable orders comes by itself.
+    void NewsOfAnOrderMakeThePanelsAskAnew()
     {
         OrdersStage stage;
-        stage.Widget().ShowPage(1, false);
-        stage.Widget().ShowPage(2, true);
+        stage.m_account.m_tables["gupiao_table"] = Orders("gupiao_table", "");
+        FundsModule funds{InstanceInfo()};
+        funds.SetProviders(nullptr, static_cast<TradeProvider*>(&stage.m_account));
+        funds.Initialize(kFundsPanelId, "", "", "{}");
+        stage.Publish(Orders("weituo_table"));
+        stage.Publish(Orders("rzrq_chedan_table"));
         stage.Asked();
-        stage.m_account.SetStringMap("auto_refresh_data",
-                                     std::make_shared<StringMap>(StringMap{{"htbh", "1"}}));
-        QCoreApplication::processEvents();
-        QCOMPARE(stage.Asked(), "2314 rzrq_chengjiao_table -, 1539 weituo_table -");
+        const auto order = [&] {
+            stage.m_account.SetStringMap("auto_refresh_data",
+                                         std::make_shared<StringMap>(StringMap{{"htbh", "1"}}));
+        };
+        order();
+        order();
+        std::string asked;
+        QTRY_COMPARE(asked += stage.Asked(), "5 - -, 2314 - -, 1537 gupiao_table -");
+        // The page that is shown is asked for at once, another when it is looked at.
+        stage.Widget().ShowPage(1, false);
+        QCOMPARE(stage.Asked(), "1539 weituo_table -");
+        stage.Publish(Orders("weituo_table"));
+        stage.Widget().ShowPage(0, true);
+        stage.Widget().ShowPage(1, false);
+        QCOMPARE(stage.Asked(), "");
+        order();
+        asked.clear();
+        QTRY_VERIFY((asked += stage.Asked()).find("1539 weituo_table -") != std::string::npos);
+        QCOMPARE(asked.find("chedan"), std::string::npos);
     }
 
     void DirectionsAreReadInTheHostsCodePage()

@@ -20,6 +20,7 @@ private Q_SLOTS:
         row("no word of it", R"({"init_param":{"quotes":[]}})", {});
         row("no parameters", R"({"init_param":null})", {});
         row("nothing at all", "", {});
+        row("a clone", R"({"init_data":{},"init_param":{"place":[0,0,50,25]}})", {});
         row("three numbers", R"({"init_param":{"place":[0,0,50]}})", {});
         row("without a size", R"({"init_param":{"place":[0,0,0,50]}})", {});
         row("beyond the screen", R"({"init_param":{"place":[0,0,50,101]}})", {});
