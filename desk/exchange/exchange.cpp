@@ -31,7 +31,7 @@ public:
     void AdvanceTo(MarketTime time);
     std::variant<OrderId, Refusal> Submit(const NewOrder& order);
     bool Cancel(OrderId id);
-    void RunToLimit(std::size_t security, Side side);
+    void RunToLimit(std::size_t i, Side side);
     void SetSuspended(std::size_t security, bool suspended);
     void SetRate(double changesPerSecond);
 
@@ -48,7 +48,7 @@ private:
     void ListActive();
     void ScheduleMove(nanoseconds from);
     void PlayCrowd(nanoseconds until);
-    void PlayMove(std::size_t security);
+    void PlayMove(std::size_t i);
     void Apply(std::size_t security, const Move& move);
     void Press(std::size_t security);
 
