@@ -261,7 +261,7 @@ Deal Brokerage::Implementation::OnDeal(const std::string& contract, Price price,
                                " doesn't fit order " + contract);
     }
     Freeze(next, -1);
-    const Deal deal = Book(next, price, quantity, time);
+    Deal deal = Book(next, price, quantity, time);
     Freeze(next, 1);
     Transaction transaction(m_file.Base());
     m_file.Save(next.order);
