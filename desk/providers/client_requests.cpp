@@ -14,9 +14,9 @@ namespace
 
 // An empty "cmd" or "dataid" stands for any. The first one that fits is meant.
 struct Known {
-    const char* type;
-    const char* command;
-    const char* dataId;
+    const char* type = "";
+    const char* command = "";
+    const char* dataId = "";
     ClientRequest request;
 };
 

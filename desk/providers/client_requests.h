@@ -15,7 +15,7 @@ enum class Ask { StockInfo, Order, Cancel, Holdings, Deals, Orders, OpenOrders, 
 
 /// One request, as far as its addressing says.
 struct ClientRequest {
-    Ask ask;
+    Ask ask = Ask::StockInfo;
     AccountKind account = AccountKind::Normal;
     bool ofThePast = false;  ///< deals of a range of days
 };

@@ -15,16 +15,16 @@ constexpr int kLateMs = 2000;
 constexpr unsigned char kFirstBeyondAscii = 0x80;
 
 constexpr FaultDescription kDescriptions[] = {
-    {Fault::Late, "late", "answers and news of the trade side come N ms later (2000)", kLateMs},
-    {Fault::Lost, "lost", "N % of them don't come (100)", kAlways},
-    {Fault::Doubled, "doubled", "N % of them come twice (100)", kAlways},
-    {Fault::Reordered, "reordered", "N % of them come behind the next one (100)", kAlways},
-    {Fault::Failed, "failed", "N % of the requests are answered with a failure (100)", kAlways},
-    {Fault::Subscriptions, "subscriptions", "N % of the subscriptions fail (100)", kAlways},
-    {Fault::Text, "text", "N % of the words in a foreign script are cut inside a character (100)", kAlways},
-    {Fault::Columns, "columns", "tables lack the column with id N, or any one (0)", 0},
-    {Fault::Threads, "threads", "answers, news and quotes come on eight threads at a time", 0},
-    {Fault::Blocked, "blocked", "calls don't return for N ms, or until it is off (0)", 0},
+    {"late", "answers and news of the trade side come N ms later (2000)", Fault::Late, kLateMs},
+    {"lost", "N % of them don't come (100)", Fault::Lost, kAlways},
+    {"doubled", "N % of them come twice (100)", Fault::Doubled, kAlways},
+    {"reordered", "N % of them come behind the next one (100)", Fault::Reordered, kAlways},
+    {"failed", "N % of the requests are answered with a failure (100)", Fault::Failed, kAlways},
+    {"subscriptions", "N % of the subscriptions fail (100)", Fault::Subscriptions, kAlways},
+    {"text", "N % of the words in a foreign script are cut inside a character (100)", Fault::Text, kAlways},
+    {"columns", "tables lack the column with id N, or any one (0)", Fault::Columns, 0},
+    {"threads", "answers, news and quotes come on eight threads at a time", Fault::Threads, 0},
+    {"blocked", "calls don't return for N ms, or until it is off (0)", Fault::Blocked, 0},
 };
 static_assert(std::size(kDescriptions) == kFaults);
 
@@ -49,8 +49,8 @@ std::span<const FaultDescription> Faults::All()
 
 const FaultDescription* Faults::Find(std::string_view name)
 {
-    const auto found = std::find_if(std::begin(kDescriptions), std::end(kDescriptions),
-                                    [&](const FaultDescription& one) { return one.name == name; });
+    const auto* const found = std::find_if(std::begin(kDescriptions), std::end(kDescriptions),
+                                           [&](const FaultDescription& one) { return one.name == name; });
     return found == std::end(kDescriptions) ? nullptr : found;
 }
 

@@ -31,10 +31,10 @@ enum class Fault {
 inline constexpr std::size_t kFaults = 10;
 
 struct FaultDescription {
-    Fault fault;
     const char* name;  ///< by which options and commands call it
     const char* help;  ///< one line for people
-    int number;        ///< its usual one
+    Fault fault;
+    int number;  ///< its usual one
 };
 
 /// The faults that are switched on, and whom they strike.

@@ -49,7 +49,7 @@ struct Converter {
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
-    const iconv_t handle = iconv_open("GB18030//IGNORE", "UTF-8");
+    iconv_t handle = iconv_open("GB18030//IGNORE", "UTF-8");
 };
 
 }  // namespace

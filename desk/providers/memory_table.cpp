@@ -31,7 +31,7 @@ std::shared_ptr<MemoryTable> MemoryTable::WithFaults(std::shared_ptr<MemoryTable
     if (!table || (!faults.IsOn(Fault::Columns) && !faults.IsOn(Fault::Text))) {
         return table;
     }
-    const auto copy = std::make_shared<MemoryTable>(*table);
+    auto copy = std::make_shared<MemoryTable>(*table);
     if (faults.Strikes(Fault::Columns)) {
         const int id = faults.NumberOf(Fault::Columns);
         const int column = id == 0 ? static_cast<int>(faults.Draw(table->m_columnIds.size()))

@@ -24,8 +24,8 @@ std::vector<std::size_t> SecuritiesMeant(const Listing& listing, int market, con
 /// The one that a client may mean where one must be chosen: of several one that can be traded.
 std::optional<std::size_t> SecurityMeant(const Listing& listing, int market, const std::string& code);
 
-/// The row of a quote push; its name is UTF-8.
-StringMap QuoteRow(const Exchange& exchange, std::size_t security);
+/// The row of a quote push, of the security at `place` in the listing; its name is UTF-8.
+StringMap QuoteRow(const Exchange& exchange, std::size_t place);
 
 /// The reply to a request "1025". For a code that several securities have, and no market that tells them
 /// apart, only the choices; for one that none has, nothing. How much can be traded is asked of the account
