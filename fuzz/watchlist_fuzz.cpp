@@ -208,8 +208,11 @@ std::string CutAtNul(std::string_view& rest)
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 {
-    char directory[] = "/dev/shm/watchlist_fuzz_XXXXXX";  // each save waits for the disk elsewhere
-    Check(mkdtemp(directory) != nullptr, "no directory");
+    char inMemory[] = "/dev/shm/watchlist_fuzz_XXXXXX";  // each save waits for the disk elsewhere
+    char onDisk[] = "/tmp/watchlist_fuzz_XXXXXX";
+    const char* const made = mkdtemp(inMemory);
+    const char* const directory = made ? made : mkdtemp(onDisk);
+    Check(directory != nullptr, "no directory");
     std::filesystem::current_path(directory);
     std::filesystem::create_directory("userconfig");
     std::atexit([] { std::filesystem::remove_all(std::filesystem::current_path()); });
