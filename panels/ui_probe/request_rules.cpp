@@ -122,7 +122,7 @@ QString RequestProblem(const QJsonObject& request)
     }
     for (auto it = request.begin(); it != request.end(); ++it) {
         const bool envelope = it.key() == QLatin1String("request") || it.key() == QLatin1String("id");
-        const QString problem = envelope ? QString() : KeyProblem(name, *keys, it.key(), it.value());
+        QString problem = envelope ? QString() : KeyProblem(name, *keys, it.key(), it.value());
         if (!problem.isEmpty()) {
             return problem;
         }

@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 #include "ui_probe/widget_values.h"
 
@@ -52,7 +53,7 @@ bool HasAncestorIn(const QSet<QWidget*>& wanted, const QWidget* widget, bool par
 class SelectorReader
 {
 public:
-    explicit SelectorReader(const QString& text) : m_text(text) {}
+    explicit SelectorReader(QString text) : m_text(std::move(text)) {}
 
     std::optional<Selector> Read(QString& problem)
     {
@@ -150,7 +151,7 @@ private:
             Fail(QStringLiteral("a quote isn't closed"));
             return {};
         }
-        const QString quoted = m_text.mid(m_at + 1, end - m_at - 1);
+        QString quoted = m_text.mid(m_at + 1, end - m_at - 1);
         m_at = end + 1;
         return quoted;
     }

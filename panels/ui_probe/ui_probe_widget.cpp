@@ -45,7 +45,7 @@ QString Rest(QJsonObject request)
 
 }  // namespace
 
-UiProbeWidget::UiProbeWidget(int requestId, QWidget* parent) : QWidget(parent)
+UiProbeWidget::UiProbeWidget(int requestId, QWidget* parent) : QWidget(parent), m_status(new StatusLine(this))
 {
     style::Apply(this, style::kHairline);  // shows through the gaps
     auto* const heading =
@@ -53,7 +53,6 @@ UiProbeWidget::UiProbeWidget(int requestId, QWidget* parent) : QWidget(parent)
     style::Apply(heading, style::kBand);
     heading->setMargin(fontMetrics().averageCharWidth());
     BuildList();
-    m_status = new StatusLine(this);
 
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

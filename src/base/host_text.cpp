@@ -54,7 +54,6 @@ QTextCodec::ConverterState* StateOf(QTextCodec* codec)
         converter.state = std::make_unique<QTextCodec::ConverterState>(QTextCodec::IgnoreHeader);
         converter.codec = codec;
     }
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the analyzer has it die with the function
     return converter.state.get();
 }
 
